@@ -1,0 +1,194 @@
+/*
+ * ZenkTranscoderLibrary: pixel-format conversion between packed and planar
+ * 4:2:2 YUV, BGR32/BGR24 and 8-bit alpha planes, for broadcast hosts.
+ *
+ * Every conversion is one call: the host fills a ZenkConversionRequest and
+ * passes it to the export named after the source and destination formats
+ * (ZENK_SSE2_<SOURCE>_<DESTINATION>_EX). The exports return nothing and
+ * check nothing: a request that breaks the invariants below is the host's
+ * fault. Misalignment never fails; it only selects a slower kernel.
+ *
+ * Conversions are reentrant: no heap, no locks, no state between calls
+ * apart from a cached pointer to the host settings object. Any number of
+ * threads may convert different pictures at once.
+ *
+ * Module start-up. The library imports ZenkGetHostSettings (export 1 of the
+ * ZenkHostSettings library, see zenk_host_settings.h) and asks it for the
+ * host settings object when it is loaded.
+ *  - Windows: a null settings object fails the load (DllMain returns FALSE),
+ *    so LoadLibrary returns NULL.
+ *  - Linux and other ELF systems: a shared object's constructor cannot
+ *    refuse dlopen, so the library always loads. Without a settings object
+ *    the host option that chooses the full-range chroma sets answers 1 (the
+ *    full-swing sets), and the library asks the settings library again at
+ *    each conversion that needs the option, until it gets an object.
+ *
+ * Invariants the caller keeps:
+ *  - src_skip is src_stride minus the bytes a kernel reads from one source
+ *    line (width times the bytes per pixel for packed formats); likewise
+ *    dst_skip and the alpha skips (one byte per pixel). A negative skip
+ *    walks the picture bottom-up.
+ *  - A Y8PUV8I picture is one block: its interleaved chroma plane starts at
+ *    plane + stride * height (src_height for a source, dst_height for a
+ *    destination) and shares the luma plane's pitch and skip.
+ *  - src_height is the line count of both pictures.
+ */
+#ifndef ZENK_TRANSCODER_H
+#define ZENK_TRANSCODER_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(_WIN32)
+#define ZENK_CALL __cdecl
+#define ZENK_API
+#elif defined(__GNUC__) && defined(__i386__)
+#define ZENK_CALL __attribute__((cdecl))
+#define ZENK_API __attribute__((visibility("default")))
+#else
+#define ZENK_CALL
+#define ZENK_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/*
+ * The conversion request. On 32-bit x86 it is exactly the 104-byte record
+ * of 26 little-endian 32-bit words that hosts fill (each field at 4 times
+ * its word number); on x86-64 it is the natural layout of the same
+ * declaration, with 8-byte pointers.
+ */
+typedef struct ZenkConversionRequest {
+    /* Source block (words 0 to 10). */
+    const uint8_t* src_plane;       /* first byte of the first source line (luma plane of Y8PUV8I) */
+    int32_t src_width;              /* source pixels per line; only some alignment tests read it */
+    int32_t src_height;             /* lines to convert, for every kernel */
+    int32_t src_stride;             /* source pitch in bytes */
+    int32_t src_skip;               /* added to the running source pointer after each line */
+    int32_t src_matrix;             /* 1 = BT.601, other values = BT.709 */
+    int32_t src_range;              /* carried, not acted on */
+    uint8_t src_field_pair;         /* nonzero: the two lines of a line pair are neighbours */
+    uint8_t src_field_pair_reserved[3];
+    const uint8_t* src_alpha_plane; /* source alpha plane (IA8P formats) */
+    int32_t src_alpha_stride;
+    int32_t src_alpha_skip;
+
+    /* Destination block (words 11 to 21). */
+    uint8_t* dst_plane;             /* first byte of the first destination line */
+    int32_t width;                  /* pixels per line: the line length of every kernel */
+    int32_t dst_height;             /* destination lines (Y8PUV8I chroma placement, pair modes) */
+    int32_t dst_stride;
+    int32_t dst_skip;
+    int32_t dst_matrix;             /* 1 = BT.601, other values = BT.709; used by every coefficient set */
+    int32_t dst_range;              /* carried, not acted on */
+    uint8_t dst_field_pair;         /* carried, not acted on */
+    uint8_t dst_field_pair_reserved[3];
+    uint8_t* dst_alpha_plane;
+    int32_t dst_alpha_stride;
+    int32_t dst_alpha_skip;
+
+    /* Trailing words (22 to 25). */
+    uint32_t alpha_value;           /* constant alpha; see each export for how it is read */
+    uint8_t full_range;             /* nonzero: full-swing luma, chroma set chosen by host option 128 */
+    uint8_t use_streaming_stores;   /* nonzero: non-temporal 16-byte stores */
+    uint8_t clamp_luma;             /* nonzero: luma clamped to 16..235 */
+    uint8_t flags_reserved;
+    int32_t scan_mode;              /* 0 = frame, 1 or 2 = line-pair addressing */
+    int32_t vertical_mode;          /* kernel column of the table exports; 1 = reduce by 2, 2 = by 4, 3 = double */
+} ZenkConversionRequest;
+
+#if defined(__cplusplus)
+#define ZENK_STATIC_ASSERT(cond, msg) static_assert(cond, msg)
+#else
+#define ZENK_STATIC_ASSERT(cond, msg) _Static_assert(cond, msg)
+#endif
+
+#if UINTPTR_MAX == 0xFFFFFFFFu
+ZENK_STATIC_ASSERT(sizeof(ZenkConversionRequest) == 104, "the request is 26 words");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_plane) == 4 * 0, "word 0");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_width) == 4 * 1, "word 1");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_height) == 4 * 2, "word 2");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_stride) == 4 * 3, "word 3");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_skip) == 4 * 4, "word 4");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_matrix) == 4 * 5, "word 5");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_range) == 4 * 6, "word 6");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_field_pair) == 4 * 7, "word 7");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_alpha_plane) == 4 * 8, "word 8");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_alpha_stride) == 4 * 9, "word 9");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_alpha_skip) == 4 * 10, "word 10");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_plane) == 4 * 11, "word 11");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, width) == 4 * 12, "word 12");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_height) == 4 * 13, "word 13");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_stride) == 4 * 14, "word 14");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_skip) == 4 * 15, "word 15");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_matrix) == 4 * 16, "word 16");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_range) == 4 * 17, "word 17");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_field_pair) == 4 * 18, "word 18");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_alpha_plane) == 4 * 19, "word 19");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_alpha_stride) == 4 * 20, "word 20");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_alpha_skip) == 4 * 21, "word 21");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, alpha_value) == 4 * 22, "word 22");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, full_range) == 4 * 23, "word 23, byte 0");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, use_streaming_stores) == 4 * 23 + 1, "word 23, byte 1");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, clamp_luma) == 4 * 23 + 2, "word 23, byte 2");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, scan_mode) == 4 * 24, "word 24");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, vertical_mode) == 4 * 25, "word 25");
+#endif
+
+/* Pixel format tokens, for hosts and tools that name formats at run time.
+ * The library itself has no format argument: the export fixes the formats. */
+typedef enum ZenkPixelFormat {
+    ZENK_FORMAT_UYVY16I,    /* per pair: Cb, Y0, Cr, Y1 */
+    ZENK_FORMAT_YUYV16I,    /* per pair: Y0, Cb, Y1, Cr */
+    ZENK_FORMAT_UVYY16I,    /* per pair: Cb, Cr, Y0, Y1 */
+    ZENK_FORMAT_Y8PUV8I,    /* luma plane, then a plane of Cb, Cr pairs */
+    ZENK_FORMAT_V8U8Y8A8I,  /* per pixel: Cr, Cb, Y, A */
+    ZENK_FORMAT_BGR32I,     /* per pixel: B, G, R, A */
+    ZENK_FORMAT_BGR24I,     /* per pixel: B, G, R */
+    ZENK_FORMAT_A8P,        /* one alpha byte per pixel */
+    ZENK_FORMAT_A8C         /* the constant alpha_value */
+} ZenkPixelFormat;
+
+typedef void(ZENK_CALL* ZenkConvertFunction)(const ZenkConversionRequest* request);
+
+/*
+ * Plain entry points: (source, destination, source pitch, ignored, matrix,
+ * range[, alpha]). They build a request with no picture size and half the
+ * source pitch as destination pitch, so they convert nothing; they exist
+ * for hosts that call them by name. Use the _EX exports to convert.
+ */
+
+/* ---- RGB repacking and alpha planes ---- */
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_BGR32I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_BGR24I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_BGR32I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_BGR24I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_BGR24IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_A8P_A8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_A8C_A8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_A8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24IA8P_BGR32I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_BGR24IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24IA8P_BGR24IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24IA8P_A8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16IA8P_A8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16IA8P_A8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_BGR32I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_BGR24I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_BGR32I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_BGR24I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_A8P(const uint8_t* src, uint8_t* dst, int32_t src_pitch);
+
+/* ---- YUV to RGB ---- */
+
+/* ---- RGB to YUV ---- */
+
+/* ---- YUV to YUV ---- */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* ZENK_TRANSCODER_H */

@@ -1,0 +1,71 @@
+// Alpha plane copy and constant fill: 32-byte blocks of two 16-byte stores.
+#include "rgb_alpha_kernels.h"
+
+namespace zenk::rgb_alpha {
+namespace {
+
+struct CopySource {
+    explicit CopySource(const Request& r) : src(r.src_plane) {}
+    __m128i Vector(int offset) const { return LoadU(src + offset); }
+    uint8_t Byte(int offset) const { return src[offset]; }
+    void Step(int bytes) { src += bytes; }
+    void EndLine(const Request& r) { src = Advance(src, r.src_skip); }
+    const uint8_t* src;
+};
+
+// The fill value is the low byte of alpha_value: 0x1FF fills 0xFF and 0x100
+// fills 0x00 (truncated, not saturated as the YUV decoders' alpha is).
+struct FillSource {
+    explicit FillSource(const Request& r)
+        : value(static_cast<uint8_t>(r.alpha_value)), vector(_mm_set1_epi8(static_cast<char>(value))) {}
+    __m128i Vector(int) const { return vector; }
+    uint8_t Byte(int) const { return value; }
+    void Step(int) {}
+    void EndLine(const Request&) {}
+    uint8_t value;
+    __m128i vector;
+};
+
+// Aligned kernels: width / 32 blocks. The others: bytes singly up to the
+// destination's 16-byte boundary (the whole line when it is shorter than
+// 16), blocks while 32 bytes remain, then the rest singly.
+template <class Source, class A>
+void PlaneKernel(const Request* r) {
+    Source source(*r);
+    uint8_t* dst = r->dst_plane;
+    const int32_t width = r->width;
+    if (r->src_plane != nullptr) Prefetch(r->src_plane);
+    for (int32_t line = 0; line < r->src_height; ++line) {
+        int32_t left = width;
+        auto bytes = [&](int32_t count) {
+            for (int32_t i = 0; i < count; ++i) dst[i] = source.Byte(i);
+            dst += count;
+            source.Step(count);
+            left -= count;
+        };
+        if constexpr (A::kAligned) {
+            left = width % 32;
+        } else {
+            const uint32_t residue = AddressResidue16(dst);
+            bytes(width < 16 ? width : (residue ? static_cast<int32_t>(16 - residue) : 0));
+        }
+        for (int32_t blocks = (A::kAligned ? width / 32 : left / 32); blocks > 0; --blocks) {
+            A::Store(dst, source.Vector(0));
+            A::Store(dst + 16, source.Vector(16));
+            dst += 32;
+            source.Step(32);
+            if constexpr (!A::kAligned) left -= 32;
+        }
+        if constexpr (!A::kAligned) bytes(left);
+        dst = Advance(dst, r->dst_skip);
+        source.EndLine(*r);
+    }
+    A::Finish();
+}
+
+}  // namespace
+
+const KernelQuad kCopyAlphaPlane = ZENK_KERNEL_QUAD(PlaneKernel, CopySource);
+const KernelQuad kFillAlphaPlane = ZENK_KERNEL_QUAD(PlaneKernel, FillSource);
+
+}  // namespace zenk::rgb_alpha

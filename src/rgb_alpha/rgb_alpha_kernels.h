@@ -1,0 +1,38 @@
+// RGB repacking and alpha plane kernels: where every export of the family
+// finds its four kernels and the alignment test that chooses among them.
+//
+//   rgb_repack.cpp    BGR32/BGR24 copies and repacking, the BGR32 split into
+//                     BGR24 + alpha plane, alpha extraction from BGR32 and the
+//                     merge of BGR24 with an alpha plane (16-pixel blocks).
+//   alpha_planes.cpp  alpha plane copy and constant fill (32-byte blocks).
+#pragma once
+
+#include "frame/kernel.h"
+
+namespace zenk::rgb_alpha {
+
+extern const KernelQuad kCopyBgr32;        // BGR32I -> BGR32I
+extern const KernelQuad kBgr32ToBgr24;     // BGR32I -> BGR24I
+extern const KernelQuad kBgr24ToBgr32;     // BGR24I -> BGR32I, alpha = low byte of alpha_value
+extern const KernelQuad kCopyBgr24;        // BGR24I -> BGR24I
+extern const KernelQuad kSplitBgr32;       // BGR32I -> BGR24I + A8P
+extern const KernelQuad kExtractAlpha;     // BGR32I -> A8P
+extern const KernelQuad kMergeAlpha;       // BGR24I + A8P -> BGR32I
+extern const KernelQuad kCopyAlphaPlane;   // A8P -> A8P
+extern const KernelQuad kFillAlphaPlane;   // A8C -> A8P
+
+// Single 3-byte pixels that bring a BGR24I destination r bytes past a 16-byte
+// boundary to the next one (3 is invertible modulo 16, so every residue
+// reaches a boundary).
+inline constexpr uint16_t kBgr24HeadPixels[16] = {0, 5, 10, 15, 4, 9, 14, 3, 8, 13, 2, 7, 12, 1, 6, 11};
+
+inline constexpr AlignmentTest kCopyBgr32Test = BothSidesTest({64, 16, true}, {64, 16, false});
+inline constexpr AlignmentTest kToBgr24Test = BothSidesTest({0, 16, true}, {0, 16, false});
+inline constexpr AlignmentTest kToBgr32Test = DestinationTest(16, 16);
+// A BGR24I line of 16-pixel blocks is a multiple of 48 bytes. The export also
+// tests a multiple of 16, which 48 already is.
+inline constexpr AlignmentTest kSplitTest = DestinationTest(48, 16);
+inline constexpr AlignmentTest kAlphaPlaneTest = DestinationTest(32, 32);
+inline constexpr AlignmentTest kExtractAlphaTest = DestinationTest(16, 16);
+
+}  // namespace zenk::rgb_alpha

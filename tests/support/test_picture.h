@@ -1,0 +1,167 @@
+// Test harness shared by every conversion family: seeded randomness, plane
+// buffers with guard room on both sides, scenes of planes that can be cloned
+// so a kernel and the scalar reference run on identical copies, and the
+// byte-for-byte comparison of whole buffers (guards included).
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "zenk_transcoder.h"
+
+namespace zenk::test {
+
+using Request = ZenkConversionRequest;
+
+// The seed of this run: ZENK_TEST_SEED if set, else a fresh one. Printed on
+// every failure so that a run can be repeated.
+uint64_t TestSeed();
+
+class Rng {
+public:
+    explicit Rng(uint64_t salt) : engine_(TestSeed() ^ (salt * 0x9E3779B97F4A7C15ull)) {}
+    uint32_t Next() { return static_cast<uint32_t>(engine_()); }
+    // Uniform in [lo, hi].
+    int32_t Uniform(int32_t lo, int32_t hi) {
+        return lo + static_cast<int32_t>(engine_() % static_cast<uint64_t>(static_cast<int64_t>(hi) - lo + 1));
+    }
+    bool Chance(int percent) { return Uniform(0, 99) < percent; }
+    uint8_t Byte() { return static_cast<uint8_t>(engine_()); }
+    template <class T>
+    const T& Pick(const std::vector<T>& v) { return v[static_cast<size_t>(Uniform(0, static_cast<int32_t>(v.size()) - 1))]; }
+    // An alpha word with the interesting cases over-represented: values above
+    // 255, a set high word, the extremes.
+    uint32_t AlphaValue();
+
+private:
+    std::mt19937_64 engine_;
+};
+
+// The memory of one plane: `lines` lines of `line_bytes` at `pitch` apart,
+// walked top-down or bottom-up from `first_line()`, with `extra_lines` more
+// lines after them (the chroma plane of Y8PUV8I), and generous room on
+// both sides that must come out of a conversion unchanged. The first line's
+// address is `residue` bytes past a 64-byte boundary.
+struct PlaneShape {
+    int32_t line_bytes = 0;
+    int32_t lines = 0;
+    int32_t pitch = 0;  // positive; the direction is bottom_up
+    bool bottom_up = false;
+    uint32_t residue = 0;
+    int32_t extra_lines = 0;
+};
+
+// Bytes whose first element sits on a 64-byte boundary, in copies too, so
+// that a clone keeps every address residue of the original.
+class AlignedBytes {
+public:
+    AlignedBytes() = default;
+    explicit AlignedBytes(size_t n) { resize(n); }
+    AlignedBytes(const AlignedBytes& o) : AlignedBytes(o.size_) { std::copy(o.data(), o.data() + size_, data()); }
+    AlignedBytes& operator=(const AlignedBytes& o) {
+        if (this != &o) { resize(o.size_); std::copy(o.data(), o.data() + size_, data()); }
+        return *this;
+    }
+    AlignedBytes(AlignedBytes&&) = default;
+    AlignedBytes& operator=(AlignedBytes&&) = default;
+    void resize(size_t n) {
+        size_ = n;
+        storage_.assign(n + 64, 0);
+        base_ = (64 - (reinterpret_cast<uintptr_t>(storage_.data()) & 63u)) & 63u;
+    }
+    uint8_t* data() { return storage_.data() + base_; }
+    const uint8_t* data() const { return storage_.data() + base_; }
+    size_t size() const { return size_; }
+    uint8_t& operator[](size_t i) { return data()[i]; }
+    const uint8_t& operator[](size_t i) const { return data()[i]; }
+    uint8_t* begin() { return data(); }
+    uint8_t* end() { return data() + size_; }
+
+private:
+    std::vector<uint8_t> storage_;
+    size_t base_ = 0;
+    size_t size_ = 0;
+};
+
+class GuardedPlane {
+public:
+    GuardedPlane(Rng& rng, const PlaneShape& shape);
+    uint8_t* first_line() { return bytes_.data() + first_; }
+    const uint8_t* first_line() const { return bytes_.data() + first_; }
+    const PlaneShape& shape() const { return shape_; }
+    // The request's stride and the skip that follows `consumed` bytes a line.
+    int32_t stride() const { return shape_.pitch; }
+    int32_t Skip(int32_t consumed) const { return (shape_.bottom_up ? -shape_.pitch : shape_.pitch) - consumed; }
+    bool Contains(const uint8_t* p) const { return p >= bytes_.data() && p < bytes_.data() + bytes_.size(); }
+    size_t OffsetOf(const uint8_t* p) const { return static_cast<size_t>(p - bytes_.data()); }
+    uint8_t* At(size_t offset) { return bytes_.data() + offset; }
+    const AlignedBytes& bytes() const { return bytes_; }
+    size_t first_offset() const { return first_; }
+    // Fills the plane's lines (not the guard room) by a function of (line, byte).
+    template <class F>
+    void FillLines(F&& value) {
+        for (int32_t y = 0; y < shape_.lines + shape_.extra_lines; ++y) {
+            uint8_t* line = LineStart(y);
+            for (int32_t x = 0; x < shape_.line_bytes; ++x) line[x] = value(y, x);
+        }
+    }
+    uint8_t* LineStart(int32_t y) {
+        return first_line() + static_cast<ptrdiff_t>(y) * (shape_.bottom_up ? -shape_.pitch : shape_.pitch);
+    }
+
+private:
+    PlaneShape shape_;
+    AlignedBytes bytes_;
+    size_t first_ = 0;
+};
+
+// The planes of one conversion, in any order.
+class Scene {
+public:
+    GuardedPlane& Add(Rng& rng, const PlaneShape& shape) {
+        planes_.emplace_back(rng, shape);
+        return planes_.back();
+    }
+    GuardedPlane& operator[](size_t i) { return planes_[i]; }
+    size_t size() const { return planes_.size(); }
+    const std::vector<GuardedPlane>& planes() const { return planes_; }
+    // The same request with its plane pointers moved into `other`, a clone
+    // of this scene.
+    Request Rebase(const Request& r, Scene& other) const;
+    const uint8_t* Rebase(const uint8_t* p, Scene& other) const;
+
+private:
+    std::vector<GuardedPlane> planes_;
+};
+
+std::string Describe(const Request& r);
+
+// Every byte of every plane buffer, guard room included, equal; otherwise
+// the first difference, named by plane and by its offset from the first line.
+::testing::AssertionResult SameBytes(const Scene& got, const Scene& want);
+
+// Runs `reference` on a clone of `scene` and `convert` on `scene` with the
+// same request, and compares the two.
+template <class Convert, class Reference>
+::testing::AssertionResult Differential(Scene& scene, const Request& r, Convert&& convert, Reference&& reference) {
+    Scene expected = scene;
+    const Request rebased = scene.Rebase(r, expected);
+    reference(rebased);
+    convert(r);
+    ::testing::AssertionResult same = SameBytes(scene, expected);
+    if (!same) same << "\n  request: " << Describe(r) << "\n  seed: ZENK_TEST_SEED=" << TestSeed();
+    return same;
+}
+
+// Running pointers of a scalar reference, moved by signed byte counts.
+template <class T>
+inline T* Step(T* p, int64_t bytes) {
+    return reinterpret_cast<T*>(reinterpret_cast<uintptr_t>(p) + static_cast<intptr_t>(bytes));
+}
+
+}  // namespace zenk::test
