@@ -29,35 +29,42 @@ std::array<int16_t, 8> Words(__m128i v) {
 
 // ---- Coefficient setup -------------------------------------------------------------------------
 
-struct SetupRow {
-    uint32_t src_matrix, dst_matrix;
-    bool to_709;
-};
+// The five vectors after a setup over vectors that held 0x5A5A.
+std::array<std::array<int16_t, 8>, 5> SetupVectors(uint32_t src_matrix, uint32_t dst_matrix, uint32_t depth, uint8_t clamp) {
+    __m128i v[5];
+    for (__m128i& x : v) x = _mm_set1_epi16(0x5A5A);
+    YuvMatrixChangeCoefficients block{};
+    block.srcMatrix = src_matrix;
+    block.dstMatrix = dst_matrix;
+    block.bitDepth = depth;
+    block.clampLuma = clamp;
+    block.lumaCorrection = &v[0];
+    block.cbCoefficients = &v[1];
+    block.crCoefficients = &v[2];
+    block.clampLow = &v[3];
+    block.clampHigh = &v[4];
+    SetupYuvMatrixChangeCoefficients(&block);
+    std::array<std::array<int16_t, 8>, 5> out;
+    for (int i = 0; i < 5; ++i) out[i] = Words(v[i]);
+    return out;
+}
 
 TEST(YuvMatrixChangeSetup, OnlyTheExactPairGoesToBt709) {
-    const SetupRow rows[] = {{1, 0, true}, {0, 1, false}, {2, 1, false}, {1, 2, false},
-                             {0, 2, false}, {1, 3, false}, {3, 0, false}, {0xFFFFFFFFu, 0, false}};
+    struct Row {
+        uint32_t src_matrix, dst_matrix;
+        bool to_709;
+    };
+    const Row rows[] = {{1, 0, true}, {0, 1, false}, {2, 1, false}, {1, 2, false},
+                        {0, 2, false}, {1, 3, false}, {3, 0, false}, {0xFFFFFFFFu, 0, false}};
     // (dY, Cb', Cr') rows, each (Cb, Cr), in 1/16384.
     const int16_t to_709[6] = {-1893, -3407, 16689, 1878, 1230, 16799};
     const int16_t to_601[6] = {1627, 3141, 16218, -1813, -1187, 16112};
-    for (const SetupRow& row : rows) {
-        __m128i v[5];
-        YuvMatrixChangeCoefficients block{};
-        block.srcMatrix = row.src_matrix;
-        block.dstMatrix = row.dst_matrix;
-        block.bitDepth = 8;
-        block.lumaCorrection = &v[0];
-        block.cbCoefficients = &v[1];
-        block.crCoefficients = &v[2];
-        block.clampLow = &v[3];
-        block.clampHigh = &v[4];
-        SetupYuvMatrixChangeCoefficients(&block);
-        const int16_t* want = row.to_709 ? to_709 : to_601;
-        for (int vector = 0; vector < 3; ++vector) {
-            const auto w = Words(v[vector]);
+    for (const Row& row : rows) {
+        const auto v = SetupVectors(row.src_matrix, row.dst_matrix, 8, 0);
+        for (int vector = 0; vector < 3; ++vector)
             for (int lane = 0; lane < 8; ++lane)
-                EXPECT_EQ(w[lane], want[2 * vector + lane % 2]) << row.src_matrix << "->" << row.dst_matrix;
-        }
+                EXPECT_EQ(v[vector][lane], (row.to_709 ? to_709 : to_601)[2 * vector + lane % 2])
+                    << row.src_matrix << "->" << row.dst_matrix;
     }
 }
 
@@ -69,25 +76,14 @@ TEST(YuvMatrixChangeSetup, ClampBoundsAndOtherDepths) {
     };
     const Row rows[] = {{0, 8, 0, 255}, {1, 8, 16, 235}, {0x80, 8, 16, 235}, {1, 10, 16, 235}, {0, 16, 0, 255}};
     for (const Row& row : rows) {
-        __m128i v[5];
-        for (__m128i& x : v) x = _mm_set1_epi16(0x5A5A);
-        YuvMatrixChangeCoefficients block{};
-        block.srcMatrix = 1;
-        block.bitDepth = row.depth;
-        block.clampLuma = row.clamp;
-        block.lumaCorrection = &v[0];
-        block.cbCoefficients = &v[1];
-        block.crCoefficients = &v[2];
-        block.clampLow = &v[3];
-        block.clampHigh = &v[4];
-        SetupYuvMatrixChangeCoefficients(&block);
+        const auto v = SetupVectors(1, 0, row.depth, row.clamp);
         for (int lane = 0; lane < 8; ++lane) {
-            EXPECT_EQ(Words(v[3])[lane], row.low);
-            EXPECT_EQ(Words(v[4])[lane], row.high);
+            EXPECT_EQ(v[3][lane], row.low);
+            EXPECT_EQ(v[4][lane], row.high);
         }
         // Only depth 8 has coefficients; other depths leave them alone.
         for (int i = 0; i < 3; ++i)
-            EXPECT_EQ(Words(v[i])[0] == 0x5A5A, row.depth != 8) << "depth " << row.depth << " vector " << i;
+            EXPECT_EQ(v[i][0] == 0x5A5A, row.depth != 8) << "depth " << row.depth << " vector " << i;
     }
 }
 
@@ -159,22 +155,36 @@ std::vector<uint8_t> Repeat(std::vector<uint8_t> pair, int times) {
     return out;
 }
 
-// Cb 255 under BT.601 -> BT.709: the new Cb saturates to 32767 (1/256
-// steps), +128 wraps it negative, -128 wraps it back; stored as 255.
-TEST(YuvToYuvKnownAnswers, SaturatedChromaWrapsBackTo255) {
-    for (const int32_t width : {2, 16}) {  // the pair path and an aligned group
-        LineRun run{Repeat({255, 100, 128, 100}, 8), width};
-        run.src_matrix = kBt601;
-        run.dst_matrix = kBt709;
-        const std::vector<uint8_t> out = RunLine(ZENK_SSE2_UYVY16I_UYVY16I_EX, run);
-        for (int pair = 0; pair < width / 2; ++pair) {
-            EXPECT_EQ(out[4 * pair], 255) << "width " << width;
-            // dY = -1893 * 127 / 64 = -3757 rounds to -16; Cr' = 1230 * 127 / 64 = 2440 rounds to 10.
-            EXPECT_EQ(out[4 * pair + 1], 84) << "width " << width;
-            EXPECT_EQ(out[4 * pair + 2], 138) << "width " << width;
+// One pair repeated over a line: through the pair path (width 2) and
+// through an aligned group (width 16, where both halves agree in sign).
+TEST(YuvToYuvKnownAnswers, PairAnswers) {
+    struct Row {
+        const char* what;
+        int32_t src_matrix, dst_matrix;
+        uint8_t clamp;
+        std::vector<uint8_t> in, out;  // UYVY16I bytes
+    };
+    const Row rows[] = {
+        // Cb' = 16689 * 127 / 64 saturates to 32767 (1/256 steps); +128
+        // wraps it negative, -128 wraps it back: stored 255. dY = -1893 *
+        // 127 / 64 = -3757 rounds to -16; Cr' = 1230 * 127 / 64 = 2440 to 10.
+        {"saturated Cb wraps back", 1, 0, 0, {255, 100, 128, 100}, {255, 84, 138, 84}},
+        // Cb' = -2376576 / 64 saturates to -32768; -128 wraps to 32640: 255.
+        {"saturated negative Cb wraps to the top", 1, 0, 0, {0, 100, 0, 100}, {255, 141, 255, 141}},
+        {"neutral chroma, clamp", 1, 0, 1, {128, 5, 128, 250}, {128, 16, 128, 235}},
+        {"neutral chroma, no clamp", 1, 0, 0, {128, 5, 128, 250}, {128, 5, 128, 250}},
+        {"neutral chroma, to BT.601", 0, 1, 1, {128, 0, 128, 255}, {128, 16, 128, 235}},
+        {"selectors 2 and 1", 2, 1, 0, {128, 0, 128, 255}, {128, 0, 128, 255}},
+        {"luma stops at 0", 1, 0, 0, {255, 3, 255, 3}, {255, 0, 255, 0}},
+    };
+    for (const Row& row : rows)
+        for (const int32_t width : {2, 16}) {
+            LineRun run{Repeat(row.in, 8), width, 0, row.src_matrix, row.dst_matrix, row.clamp};
+            const std::vector<uint8_t> out = RunLine(ZENK_SSE2_UYVY16I_UYVY16I_EX, run, 2 * width + 1);
+            EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.end() - 1), Repeat(row.out, width / 2))
+                << row.what << ", width " << width;
+            EXPECT_EQ(out.back(), 0xEE) << row.what;
         }
-        EXPECT_EQ(out[2 * width], 0xEE);
-    }
 }
 
 // A luma correction of 200/256 in pixels 8-15 of a group rounds up only when
@@ -230,34 +240,6 @@ TEST(YuvToYuvKnownAnswers, SharedKernelCrossesLuma) {
     // The own-pair kernels correct the same luma: -16 in pixels 0-7.
     LineRun run{src, 16, 0, kBt601, kBt709, 1};
     EXPECT_EQ(RunLine(ZENK_SSE2_UYVY16I_UYVY16I_EX, run)[1], 84);
-}
-
-TEST(YuvToYuvKnownAnswers, NeutralChromaKeepsEverythingButTheClamp) {
-    struct Row {
-        uint8_t clamp;
-        int32_t src_matrix, dst_matrix;
-        uint8_t y0, y1, want_y0, want_y1;
-    };
-    const Row rows[] = {
-        {1, 1, 0, 5, 250, 16, 235}, {0, 1, 0, 5, 250, 5, 250},  {1, 0, 1, 0, 255, 16, 235},
-        {0, 2, 1, 0, 255, 0, 255},  {7, 3, 1, 16, 235, 16, 235}, {0, 1, 0, 100, 101, 100, 101},
-    };
-    for (const Row& row : rows)
-        for (const int32_t width : {2, 16}) {
-            LineRun run{Repeat({128, row.y0, 128, row.y1}, 8), width, 0, row.src_matrix, row.dst_matrix, row.clamp};
-            const std::vector<uint8_t> out = RunLine(ZENK_SSE2_UYVY16I_UYVY16I_EX, run);
-            EXPECT_EQ(out[0], 128);
-            EXPECT_EQ(out[1], row.want_y0);
-            EXPECT_EQ(out[2], 128);
-            EXPECT_EQ(out[3], row.want_y1);
-        }
-}
-
-// Without the clamp a large negative correction stops at 0.
-TEST(YuvToYuvKnownAnswers, LumaNeverGoesBelowZero) {
-    LineRun run{Repeat({255, 3, 255, 3}, 8), 16, 0, kBt601, kBt709};
-    const std::vector<uint8_t> out = RunLine(ZENK_SSE2_UYVY16I_UYVY16I_EX, run);
-    for (int pair = 0; pair < 8; ++pair) EXPECT_EQ(out[4 * pair + 1], 0);
 }
 
 TEST(YuvToYuvKnownAnswers, SplitAndWidenOnePair) {
