@@ -30,7 +30,8 @@ std::array<int16_t, 8> Words(__m128i v) {
 // ---- Coefficient setup -------------------------------------------------------------------------
 
 // The five vectors after a setup over vectors that held 0x5A5A.
-std::array<std::array<int16_t, 8>, 5> SetupVectors(uint32_t src_matrix, uint32_t dst_matrix, uint32_t depth, uint8_t clamp) {
+std::array<std::array<int16_t, 8>, 5> SetupVectors(uint32_t src_matrix, uint32_t dst_matrix, uint32_t depth,
+                                                   uint8_t clamp) {
     __m128i v[5];
     for (__m128i& x : v) x = _mm_set1_epi16(0x5A5A);
     YuvMatrixChangeCoefficients block{};
@@ -54,7 +55,7 @@ TEST(YuvMatrixChangeSetup, OnlyTheExactPairGoesToBt709) {
         uint32_t src_matrix, dst_matrix;
         bool to_709;
     };
-    const Row rows[] = {{1, 0, true}, {0, 1, false}, {2, 1, false}, {1, 2, false},
+    const Row rows[] = {{1, 0, true},  {0, 1, false}, {2, 1, false}, {1, 2, false},
                         {0, 2, false}, {1, 3, false}, {3, 0, false}, {0xFFFFFFFFu, 0, false}};
     // (dY, Cb', Cr') rows, each (Cb, Cr), in 1/16384.
     const int16_t to_709[6] = {-1893, -3407, 16689, 1878, 1230, 16799};
@@ -91,10 +92,12 @@ TEST(YuvMatrixChangeSetup, ClampBoundsAndOtherDepths) {
 TEST(YuvMatrixChangeSetup, SetsFollowFromTheStandards) {
     const MatrixChangeModel to_709 = ReferenceMatrixChangeSet(kBt601, kBt709);
     const MatrixChangeModel to_601 = ReferenceMatrixChangeSet(kBt709, kBt601);
-    EXPECT_EQ((std::array<int, 6>{to_709.luma_cb, to_709.luma_cr, to_709.cb_cb, to_709.cb_cr, to_709.cr_cb, to_709.cr_cr}),
-              (std::array<int, 6>{-1893, -3407, 16689, 1878, 1230, 16799}));
-    EXPECT_EQ((std::array<int, 6>{to_601.luma_cb, to_601.luma_cr, to_601.cb_cb, to_601.cb_cr, to_601.cr_cb, to_601.cr_cr}),
-              (std::array<int, 6>{1627, 3141, 16218, -1813, -1187, 16112}));
+    EXPECT_EQ(
+        (std::array<int, 6>{to_709.luma_cb, to_709.luma_cr, to_709.cb_cb, to_709.cb_cr, to_709.cr_cb, to_709.cr_cr}),
+        (std::array<int, 6>{-1893, -3407, 16689, 1878, 1230, 16799}));
+    EXPECT_EQ(
+        (std::array<int, 6>{to_601.luma_cb, to_601.luma_cr, to_601.cb_cb, to_601.cb_cr, to_601.cr_cb, to_601.cr_cr}),
+        (std::array<int, 6>{1627, 3141, 16218, -1813, -1187, 16112}));
 }
 
 TEST(YuvMatrixChangeRounding, BiasedTowardsMinusInfinityForNegatives) {
@@ -102,8 +105,8 @@ TEST(YuvMatrixChangeRounding, BiasedTowardsMinusInfinityForNegatives) {
         int16_t value;
         int rounded;
     };
-    const Row rows[] = {{0, 0},     {127, 0},    {128, 1},     {200, 1},       {383, 1},   {384, 2},
-                        {-1, -1},   {-127, -1},  {-128, -1},   {-129, -2},     {-384, -2}, {-385, -3},
+    const Row rows[] = {{0, 0},       {127, 0},     {128, 1},     {200, 1},       {383, 1},      {384, 2},
+                        {-1, -1},     {-127, -1},   {-128, -1},   {-129, -2},     {-384, -2},    {-385, -3},
                         {32639, 127}, {32640, 127}, {32767, 127}, {-32640, -128}, {-32641, 127}, {-32768, 127}};
     for (const Row& row : rows) EXPECT_EQ(ReferenceRound(row.value, row.value >= 0), row.rounded) << row.value;
     // A second-half value takes its +128 step from the first half's sign.
@@ -282,12 +285,9 @@ TEST(YuvToYuvKnownAnswers, UvyyReorderOnlyWhenAligned) {
         std::vector<uint8_t> pair;
     };
     const Row rows[] = {
-        {ZENK_SSE2_UYVY16I_UVYY16I_EX, 0, {1, 3, 2, 4}},
-        {ZENK_SSE2_UVYY16I_UYVY16I_EX, 0, {1, 3, 2, 4}},
-        {ZENK_SSE2_UYVY16I_UVYY16I_EX, 4, {1, 2, 3, 4}},
-        {ZENK_SSE2_UVYY16I_UYVY16I_EX, 8, {1, 2, 3, 4}},
-        {ZENK_SSE2_UYVY16I_YUYV16I_EX, 4, {2, 1, 4, 3}},
-        {ZENK_SSE2_YUYV16I_UYVY16I_EX, 0, {2, 1, 4, 3}},
+        {ZENK_SSE2_UYVY16I_UVYY16I_EX, 0, {1, 3, 2, 4}},  {ZENK_SSE2_UVYY16I_UYVY16I_EX, 0, {1, 3, 2, 4}},
+        {ZENK_SSE2_UYVY16I_UVYY16I_EX, 4, {1, 2, 3, 4}},  {ZENK_SSE2_UVYY16I_UYVY16I_EX, 8, {1, 2, 3, 4}},
+        {ZENK_SSE2_UYVY16I_YUYV16I_EX, 4, {2, 1, 4, 3}},  {ZENK_SSE2_YUYV16I_UYVY16I_EX, 0, {2, 1, 4, 3}},
         {ZENK_SSE2_YUYV16I_YUYV16I_EX, 12, {1, 2, 3, 4}},
     };
     for (const Row& row : rows) {
@@ -314,8 +314,10 @@ TEST(YuvToYuvKnownAnswers, LineSplits) {
     };
     alignas(16) static uint8_t line[32];
     for (const Row& row : rows) {
-        const yuv_to_yuv::LineSplit s = yuv_to_yuv::SplitLine(line + row.residue, row.width, row.head_pair_bytes, row.group);
-        EXPECT_EQ((std::array<int32_t, 3>{s.head, s.body, s.tail}), (std::array<int32_t, 3>{row.head, row.body, row.tail}))
+        const yuv_to_yuv::LineSplit s =
+            yuv_to_yuv::SplitLine(line + row.residue, row.width, row.head_pair_bytes, row.group);
+        EXPECT_EQ((std::array<int32_t, 3>{s.head, s.body, s.tail}),
+                  (std::array<int32_t, 3>{row.head, row.body, row.tail}))
             << "residue " << row.residue << " width " << row.width;
     }
 }

@@ -39,7 +39,8 @@ struct Built {
 // where rounding, the clamps, the 16-bit saturation and its wrap-around
 // decide the result.
 void FillSource(Rng& rng, GuardedPlane& p) {
-    static const std::vector<uint8_t> kEdges = {0, 1, 2, 5, 15, 16, 17, 126, 127, 128, 129, 130, 234, 235, 236, 250, 253, 254, 255};
+    static const std::vector<uint8_t> kEdges = {0,   1,   2,   5,   15,  16,  17,  126, 127, 128,
+                                                129, 130, 234, 235, 236, 250, 253, 254, 255};
     if (rng.Chance(50)) return;  // the plane's random bytes
     const int edge_percent = rng.Uniform(30, 95);
     p.FillLines([&](int32_t, int32_t) { return rng.Chance(edge_percent) ? rng.Pick(kEdges) : rng.Byte(); });
@@ -165,24 +166,26 @@ struct KernelCase {
 
 void PrintTo(const KernelCase& c, std::ostream* os) { *os << c.name; }
 
+namespace k = yuv_to_yuv;
+constexpr Destination kPacked = Destination::kPacked;
+
 const KernelCase kKernelCases[] = {
-    {"CopyPacked", &yuv_to_yuv::kCopyPacked, {O::kCopy}, {O::kCopy}, Destination::kPacked, 16},
-    {"SwapWordBytes", &yuv_to_yuv::kSwapWordBytes, {O::kReorder, L::kUyvy, L::kYuyv}, {O::kReorder, L::kYuyv, L::kUyvy},
-     Destination::kPacked, 16},
-    {"ExchangeMiddleBytesOrCopy", &yuv_to_yuv::kExchangeMiddleBytesOrCopy, {O::kReorder, L::kUvyy, L::kUyvy}, {O::kCopy},
-     Destination::kPacked, 16},
-    {"MatrixUyvyToUyvy", &yuv_to_yuv::kMatrixUyvyToUyvy, {O::kMatrix, L::kUyvy, L::kUyvy},
-     {O::kMatrix, L::kUyvy, L::kUyvy}, Destination::kPacked, 16},
-    {"MatrixYuyvToYuyv", &yuv_to_yuv::kMatrixYuyvToYuyv, {O::kMatrix, L::kYuyv, L::kYuyv},
-     {O::kMatrix, L::kYuyv, L::kYuyv}, Destination::kPacked, 16},
-    {"MatrixUyvyToYuyv", &yuv_to_yuv::kMatrixUyvyToYuyv, {O::kMatrix, L::kUyvy, L::kYuyv},
-     {O::kMatrix, L::kUyvy, L::kYuyv}, Destination::kPacked, 16},
-    {"MatrixYuyvToUyvy", &yuv_to_yuv::kMatrixYuyvToUyvy, {O::kMatrix, L::kYuyv, L::kUyvy},
-     {O::kMatrix, L::kYuyv, L::kUyvy}, Destination::kPacked, 16},
-    {"MatrixSharedUyvyOrder", &yuv_to_yuv::kMatrixSharedUyvyOrder, {O::kSharedMatrix}, {O::kSharedMatrix},
-     Destination::kPacked, 16},
-    {"SplitToPlanar", &yuv_to_yuv::kSplitToPlanar, {O::kSplit}, {O::kSplit}, Destination::kPlanar, 16},
-    {"WidenTo444", &yuv_to_yuv::kWidenTo444, {O::kWiden}, {O::kWiden}, Destination::kWide, 8},
+    {"CopyPacked", &k::kCopyPacked, {O::kCopy}, {O::kCopy}, kPacked, 16},
+    {"SwapWordBytes", &k::kSwapWordBytes, {O::kReorder, L::kUyvy, L::kYuyv}, {O::kReorder, L::kYuyv, L::kUyvy},
+     kPacked, 16},
+    {"ExchangeMiddleBytesOrCopy", &k::kExchangeMiddleBytesOrCopy, {O::kReorder, L::kUvyy, L::kUyvy}, {O::kCopy},
+     kPacked, 16},
+    {"MatrixUyvyToUyvy", &k::kMatrixUyvyToUyvy, {O::kMatrix, L::kUyvy, L::kUyvy}, {O::kMatrix, L::kUyvy, L::kUyvy},
+     kPacked, 16},
+    {"MatrixYuyvToYuyv", &k::kMatrixYuyvToYuyv, {O::kMatrix, L::kYuyv, L::kYuyv}, {O::kMatrix, L::kYuyv, L::kYuyv},
+     kPacked, 16},
+    {"MatrixUyvyToYuyv", &k::kMatrixUyvyToYuyv, {O::kMatrix, L::kUyvy, L::kYuyv}, {O::kMatrix, L::kUyvy, L::kYuyv},
+     kPacked, 16},
+    {"MatrixYuyvToUyvy", &k::kMatrixYuyvToUyvy, {O::kMatrix, L::kYuyv, L::kUyvy}, {O::kMatrix, L::kYuyv, L::kUyvy},
+     kPacked, 16},
+    {"MatrixSharedUyvyOrder", &k::kMatrixSharedUyvyOrder, {O::kSharedMatrix}, {O::kSharedMatrix}, kPacked, 16},
+    {"SplitToPlanar", &k::kSplitToPlanar, {O::kSplit}, {O::kSplit}, Destination::kPlanar, 16},
+    {"WidenTo444", &k::kWidenTo444, {O::kWiden}, {O::kWiden}, Destination::kWide, 8},
 };
 
 class YuvToYuvKernelTest : public ::testing::TestWithParam<KernelCase> {};
@@ -268,7 +271,8 @@ TEST_P(YuvToYuvExportTest, MatchesReference) {
     for (int iteration = 0; iteration < 2500; ++iteration) {
         Built b = BuildRequest(rng, c.destination, c.alpha, Target::kExport, group);
         ASSERT_TRUE(Differential(
-            b.scene, b.request, [&](const Request& r) { c.convert(&r); }, [&](const Request& r) { ReferenceExport(r, c); }))
+            b.scene, b.request, [&](const Request& r) { c.convert(&r); },
+            [&](const Request& r) { ReferenceExport(r, c); }))
             << c.name;
     }
 }

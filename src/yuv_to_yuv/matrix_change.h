@@ -12,19 +12,19 @@ namespace zenk::yuv_to_yuv {
 // come from the request; the pointers name the kernel's own 16-byte aligned
 // vectors, which SetupYuvMatrixChangeCoefficients writes.
 struct YuvMatrixChangeCoefficients {
-    uint32_t srcMatrix;      // 1 = BT.601, other values = BT.709
-    uint32_t srcRange;       // carried along, not acted on
-    uint32_t dstMatrix;      // 1 = BT.601, other values = BT.709
-    uint32_t dstRange;       // carried along, not acted on
-    uint32_t bitDepth;       // 8; the only depth with coefficients
-    uint8_t orderFlag;       // always 1, not acted on
-    uint8_t clampLuma;       // nonzero: luma held to 16..235, else 0..255
-    uint8_t fullRangeLuma;   // carried along, not acted on
-    __m128i* lumaCorrection; // 4 x (Cb->dY, Cr->dY)
-    __m128i* cbCoefficients; // 4 x (Cb->Cb', Cr->Cb')
-    __m128i* crCoefficients; // 4 x (Cb->Cr', Cr->Cr')
-    __m128i* clampLow;       // 8 x lower luma bound
-    __m128i* clampHigh;      // 8 x upper luma bound
+    uint32_t srcMatrix;       // 1 = BT.601, other values = BT.709
+    uint32_t srcRange;        // carried along, not acted on
+    uint32_t dstMatrix;       // 1 = BT.601, other values = BT.709
+    uint32_t dstRange;        // carried along, not acted on
+    uint32_t bitDepth;        // 8; the only depth with coefficients
+    uint8_t orderFlag;        // always 1, not acted on
+    uint8_t clampLuma;        // nonzero: luma held to 16..235, else 0..255
+    uint8_t fullRangeLuma;    // carried along, not acted on
+    __m128i* lumaCorrection;  // 4 x (Cb->dY, Cr->dY)
+    __m128i* cbCoefficients;  // 4 x (Cb->Cb', Cr->Cb')
+    __m128i* crCoefficients;  // 4 x (Cb->Cr', Cr->Cr')
+    __m128i* clampLow;        // 8 x lower luma bound
+    __m128i* clampHigh;       // 8 x upper luma bound
 };
 
 // Writes the three coefficient vectors (for bitDepth 8 only; any other depth
@@ -75,7 +75,7 @@ inline __m128i Shift6(__m128i sums) { return _mm_srai_epi32(sums, 6); }
 inline __m128i PerPixelCorrection(__m128i cbcr, const MatrixChangeVectors& m) {
     const __m128i pairs = Shift6(_mm_madd_epi16(cbcr, m.luma_correction));
     const __m128i words = _mm_packs_epi32(pairs, pairs);  // d0 d1 d2 d3 d0 d1 d2 d3
-    return _mm_unpacklo_epi16(words, words);               // d0 d0 d1 d1 d2 d2 d3 d3
+    return _mm_unpacklo_epi16(words, words);              // d0 d0 d1 d1 d2 d2 d3 d3
 }
 
 // New Cb and Cr of four pairs, saturated to 16 bits, interleaved again.

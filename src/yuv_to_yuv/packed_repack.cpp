@@ -16,7 +16,7 @@ struct PackedGroup : SinglePlane {
 // A format that rearranges bytes: Vector turns 16 source bytes into 16
 // destination bytes, Bytes does the same for one 4-byte pair.
 template <class Rule>
-struct Reorder : PackedGroup, NoState {
+struct Reorder : PackedGroup {
     using State = NoState;
     template <class A>
     static void Group(Cursor& c, const State&) {
@@ -112,29 +112,30 @@ struct MatrixChange : PackedGroup {
     }
 };
 
-template <class F, class A>
-void Kernel(const Request* r) {
-    WalkLines<F, A>(r);
-}
-
 using Copy = Reorder<CopyRule>;
 using Exchange = Reorder<ExchangeMiddleBytesRule>;
 
 }  // namespace
 
-const KernelQuad kCopyPacked = ZENK_KERNEL_QUAD(Kernel, Copy);
-const KernelQuad kSwapWordBytes = ZENK_KERNEL_QUAD(Kernel, Reorder<SwapWordBytesRule>);
+const KernelQuad kCopyPacked = ZENK_KERNEL_QUAD(WalkLines, Copy);
+const KernelQuad kSwapWordBytes = ZENK_KERNEL_QUAD(WalkLines, Reorder<SwapWordBytesRule>);
 // The exchange exists only as an aligned kernel. Unaligned requests with
 // these formats run the plain copy, so their bytes keep the source order;
 // hosts are given exactly that, and it is kept.
-const KernelQuad kExchangeMiddleBytesOrCopy = {{&Kernel<Exchange, AlignedCached>, &Kernel<Exchange, AlignedStreaming>,
-                                                &Kernel<Copy, AnyCached>, &Kernel<Copy, AnyStreaming>}};
+const KernelQuad kExchangeMiddleBytesOrCopy = {{
+    &WalkLines<Exchange, AlignedCached>, &WalkLines<Exchange, AlignedStreaming>,  // aligned: exchange
+    &WalkLines<Copy, AnyCached>, &WalkLines<Copy, AnyStreaming>,                  // any other: copy
+}};
 
-const KernelQuad kMatrixUyvyToUyvy = ZENK_KERNEL_QUAD(Kernel, MatrixChange<UyvyWords, UyvyWords, LumaRule::kOwnPair>);
-const KernelQuad kMatrixYuyvToYuyv = ZENK_KERNEL_QUAD(Kernel, MatrixChange<YuyvWords, YuyvWords, LumaRule::kOwnPair>);
-const KernelQuad kMatrixUyvyToYuyv = ZENK_KERNEL_QUAD(Kernel, MatrixChange<UyvyWords, YuyvWords, LumaRule::kOwnPair>);
-const KernelQuad kMatrixYuyvToUyvy = ZENK_KERNEL_QUAD(Kernel, MatrixChange<YuyvWords, UyvyWords, LumaRule::kOwnPair>);
+const KernelQuad kMatrixUyvyToUyvy =
+    ZENK_KERNEL_QUAD(WalkLines, MatrixChange<UyvyWords, UyvyWords, LumaRule::kOwnPair>);
+const KernelQuad kMatrixYuyvToYuyv =
+    ZENK_KERNEL_QUAD(WalkLines, MatrixChange<YuyvWords, YuyvWords, LumaRule::kOwnPair>);
+const KernelQuad kMatrixUyvyToYuyv =
+    ZENK_KERNEL_QUAD(WalkLines, MatrixChange<UyvyWords, YuyvWords, LumaRule::kOwnPair>);
+const KernelQuad kMatrixYuyvToUyvy =
+    ZENK_KERNEL_QUAD(WalkLines, MatrixChange<YuyvWords, UyvyWords, LumaRule::kOwnPair>);
 const KernelQuad kMatrixSharedUyvyOrder =
-    ZENK_KERNEL_QUAD(Kernel, MatrixChange<UyvyWords, UyvyWords, LumaRule::kCrossed>);
+    ZENK_KERNEL_QUAD(WalkLines, MatrixChange<UyvyWords, UyvyWords, LumaRule::kCrossed>);
 
 }  // namespace zenk::yuv_to_yuv

@@ -70,11 +70,11 @@ struct WidenTo444 : SinglePlane {
 
     // Four pairs (Cb Y0 Cr Y1 in each 32-bit lane) to eight pixels.
     static void Widen(__m128i pairs, const State& k, __m128i& pixels0_3, __m128i& pixels4_7) {
-        const __m128i chroma = _mm_and_si128(pairs, _mm_set1_epi32(0x00FF00FF));          // Cb, Cr words
+        const __m128i chroma = _mm_and_si128(pairs, _mm_set1_epi32(0x00FF00FF));  // Cb, Cr words
         const __m128i vu = _mm_and_si128(_mm_or_si128(_mm_srli_epi32(chroma, 16), _mm_slli_epi32(chroma, 8)),
-                                         _mm_set1_epi32(0xFFFF));                          // Cr | Cb << 8
-        const __m128i vu_twice = _mm_or_si128(vu, _mm_slli_epi32(vu, 16));                 // for both pixels
-        const __m128i ya = _mm_or_si128(_mm_srli_epi16(pairs, 8), k.alpha_high_byte);     // Y | A << 8
+                                         _mm_set1_epi32(0xFFFF));                      // Cr | Cb << 8
+        const __m128i vu_twice = _mm_or_si128(vu, _mm_slli_epi32(vu, 16));             // for both pixels
+        const __m128i ya = _mm_or_si128(_mm_srli_epi16(pairs, 8), k.alpha_high_byte);  // Y | A << 8
         pixels0_3 = _mm_unpacklo_epi16(vu_twice, ya);
         pixels4_7 = _mm_unpackhi_epi16(vu_twice, ya);
     }
@@ -97,16 +97,11 @@ struct WidenTo444 : SinglePlane {
     }
 };
 
-template <class F, class A>
-void Kernel(const Request* r) {
-    WalkLines<F, A>(r);
-}
-
 }  // namespace
 
 // The split writes with ordinary stores whatever use_streaming_stores says.
-const KernelQuad kSplitToPlanar = {{&Kernel<SplitToPlanar, AlignedCached>, &Kernel<SplitToPlanar, AlignedCached>,
-                                    &Kernel<SplitToPlanar, AnyCached>, &Kernel<SplitToPlanar, AnyCached>}};
-const KernelQuad kWidenTo444 = ZENK_KERNEL_QUAD(Kernel, WidenTo444);
+const KernelQuad kSplitToPlanar = {{&WalkLines<SplitToPlanar, AlignedCached>, &WalkLines<SplitToPlanar, AlignedCached>,
+                                    &WalkLines<SplitToPlanar, AnyCached>, &WalkLines<SplitToPlanar, AnyCached>}};
+const KernelQuad kWidenTo444 = ZENK_KERNEL_QUAD(WalkLines, WidenTo444);
 
 }  // namespace zenk::yuv_to_yuv

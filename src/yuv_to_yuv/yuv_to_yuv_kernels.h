@@ -12,14 +12,14 @@
 namespace zenk::yuv_to_yuv {
 
 // Same standard.
-extern const KernelQuad kCopyPacked;         // any packed 4:2:2 -> itself, bytes unchanged
-extern const KernelQuad kSwapWordBytes;      // UYVY16I <-> YUYV16I
+extern const KernelQuad kCopyPacked;     // any packed 4:2:2 -> itself, bytes unchanged
+extern const KernelQuad kSwapWordBytes;  // UYVY16I <-> YUYV16I
 // UVYY16I -> UYVY16I and UYVY16I -> UVYY16I (the same exchange of the middle
 // bytes of every pair) when the picture passes the export's test; the plain
 // copy otherwise.
 extern const KernelQuad kExchangeMiddleBytesOrCopy;
-extern const KernelQuad kSplitToPlanar;      // UYVY16I -> Y8PUV8I
-extern const KernelQuad kWidenTo444;         // UYVY16I -> V8U8Y8A8I (also for a change of standard)
+extern const KernelQuad kSplitToPlanar;  // UYVY16I -> Y8PUV8I
+extern const KernelQuad kWidenTo444;     // UYVY16I -> V8U8Y8A8I (also for a change of standard)
 
 // Change of standard.
 extern const KernelQuad kMatrixUyvyToUyvy;

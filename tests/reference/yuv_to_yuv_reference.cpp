@@ -236,8 +236,8 @@ void ReferenceYuvExport(const ZenkConversionRequest& r, YuvExport e) {
     using O = YuvOperation;
     switch (e) {
         case YuvExport::kUyvyToUyvy:
-            return ReferenceYuvKernel(r, same ? YuvKernelModel{O::kCopy} : YuvKernelModel{O::kMatrix, L::kUyvy, L::kUyvy},
-                                      both(32));
+            return ReferenceYuvKernel(
+                r, same ? YuvKernelModel{O::kCopy} : YuvKernelModel{O::kMatrix, L::kUyvy, L::kUyvy}, both(32));
         case YuvExport::kYuyvToYuyv:
             if (same) return ReferenceYuvExport(r, YuvExport::kUyvyToUyvy);
             return ReferenceYuvKernel(r, {O::kMatrix, L::kYuyv, L::kYuyv}, both(32));
@@ -248,8 +248,9 @@ void ReferenceYuvExport(const ZenkConversionRequest& r, YuvExport e) {
             return ReferenceYuvKernel(r, {O::kMatrix, L::kYuyv, L::kUyvy}, both(16));
         case YuvExport::kUvyyToUyvy:
         case YuvExport::kUyvyToUvyy: {
-            const YuvKernelModel reorder = e == YuvExport::kUvyyToUyvy ? YuvKernelModel{O::kReorder, L::kUvyy, L::kUyvy}
-                                                                       : YuvKernelModel{O::kReorder, L::kUyvy, L::kUvyy};
+            const YuvKernelModel reorder = e == YuvExport::kUvyyToUyvy
+                                               ? YuvKernelModel{O::kReorder, L::kUvyy, L::kUyvy}
+                                               : YuvKernelModel{O::kReorder, L::kUyvy, L::kUvyy};
             if (!same) return ReferenceYuvKernel(r, {O::kSharedMatrix}, destination16);
             return ReferenceYuvKernel(r, destination16 ? reorder : YuvKernelModel{O::kCopy}, destination16);
         }
