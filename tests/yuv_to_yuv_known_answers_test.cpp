@@ -322,6 +322,27 @@ TEST(YuvToYuvKnownAnswers, LineSplits) {
     }
 }
 
+// Width 15 on an unaligned destination: seven pairs through the pair path,
+// the fifteenth pixel neither written nor consumed.
+TEST(YuvToYuvKnownAnswers, LastOddPixelIsNeverWritten) {
+    struct Row {
+        ZenkConvertFunction convert;
+        int32_t src_matrix, dst_matrix;
+        size_t written;  // destination bytes of 14 pixels
+    };
+    const Row rows[] = {
+        {ZENK_SSE2_UYVY16I_UYVY16I_EX, 0, 0, 28},   {ZENK_SSE2_UYVY16I_UYVY16I_EX, 1, 0, 28},
+        {ZENK_SSE2_YUYV16I_UYVY16I_EX, 0, 0, 28},   {ZENK_SSE2_UVYY16I_UYVY16I_EX, 1, 2, 28},
+        {ZENK_SSE2_UYVY16I_V8U8Y8A8I_EX, 0, 0, 56}, {ZENK_SSE2_UYVY16I_Y8PUV8I_EX, 0, 0, 14},
+    };
+    for (const Row& row : rows) {
+        LineRun run{Repeat({128, 60, 128, 70}, 8), 15, 4, row.src_matrix, row.dst_matrix};
+        run.dst_height = 0;  // Y8PUV8I: chroma on top of the luma line, written last
+        const std::vector<uint8_t> out = RunLine(row.convert, run, 64);
+        for (size_t i = 0; i < out.size(); ++i) EXPECT_EQ(out[i] == 0xEE, i >= row.written) << i;
+    }
+}
+
 // The plain entry points build a request without a picture size.
 TEST(YuvToYuvKnownAnswers, PlainEntryPointsConvertNothing) {
     alignas(16) uint8_t src[64], dst[64];

@@ -89,6 +89,10 @@ Built BuildRequest(Rng& rng, Destination dst, AlphaPass alpha, Target target, in
     if (dst == Destination::kPlanar) out.extra_lines = std::max(r.dst_height, height);
     if (aligned) {
         out.pitch = aligned_pitch(out.line_bytes);
+        // The split takes its planes at any address, in its aligned kernel
+        // too: later luma lines and the chroma plane off 16-byte boundaries.
+        if (dst == Destination::kPlanar && target == Target::kAlignedKernel && rng.Chance(30))
+            out.pitch = out.line_bytes + rng.Uniform(1, 20);
     } else {
         const bool word_aligned = dst != Destination::kPlanar && rng.Chance(85);
         const int32_t step = word_aligned ? 4 : 1;
