@@ -93,6 +93,9 @@ void WalkLines(const Request* r) {
         c.dst = Advance(c.dst, r->dst_skip);
         if constexpr (F::kPlanar) c.chroma = Advance(c.chroma, r->dst_skip);
     }
+    // As every streaming kernel of the library, end with a store fence: the
+    // non-temporal stores are then visible to whichever thread the host
+    // hands the picture to. It changes no byte.
     A::Finish();
 }
 
