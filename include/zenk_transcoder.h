@@ -186,6 +186,27 @@ ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_A8P(const uint8_t* src, uint8_t* dst, i
 /* ---- RGB to YUV ---- */
 
 /* ---- YUV to YUV ---- */
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_UYVY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_YUYV16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_YUYV16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_UYVY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UVYY16I_UYVY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_UVYY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_Y8PUV8I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_V8U8Y8A8I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UVYY16I_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_Y8PUV8IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_UVYY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16IA8P_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16IA8P_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16IA8P_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16IA8P_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_UYVY16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_YUYV16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
 
 #ifdef __cplusplus
 }
