@@ -50,9 +50,11 @@ void RunEnvelope(GuardPage guard, int iterations) {
     ASSERT_FALSE(exports.empty());
     Rng rng(static_cast<uint64_t>(guard) + 77);
     for (const ExportUnderTest& e : exports) {
+        if (guard != GuardPage::kNone && !e.lines_bound_writes) continue;
         for (const EnvelopeRow& row : EnvelopeRows()) {
             RequestStyle style = row.style;
             style.guard_page = guard;
+            style.even_width = guard != GuardPage::kNone;
             // Destination offsets the export does not allow are not in its envelope.
             if (style.residue >= 0 && style.residue % e.dst.line_alignment != 0) continue;
             for (int i = 0; i < iterations; ++i) {

@@ -7,6 +7,7 @@
 
 #include "reference/rgb_alpha_reference.h"
 #include "reference/yuv_to_yuv_reference.h"
+#include "support/export_registry.h"
 #include "support/test_picture.h"
 #include "yuv_to_yuv/yuv_to_yuv_kernels.h"
 
@@ -265,6 +266,25 @@ void ReferenceExport(const Request& r, const ExportCase& c) {
     const RgbSource source = c.alpha == AlphaPass::kCopy ? RgbSource::kAlphaPlane : RgbSource::kAlphaConstant;
     ReferenceRgbConvert(alpha, {source, RgbDestination::kAlphaPlane}, 0);
 }
+
+// The family's exports for the checks that run over every export.
+const Registration kRegistration([] {
+    std::vector<ExportUnderTest> exports;
+    for (const ExportCase& c : kExportCases) {
+        ExportUnderTest e;
+        e.name = std::string("ZENK_SSE2_") + c.name + "_EX";
+        e.convert = c.convert;
+        e.src = {2, false, 0, 1};
+        e.src_alpha = {c.alpha == AlphaPass::kCopy ? 1 : 0, false, 0, 1};
+        e.dst = c.destination == Destination::kPlanar ? PlaneSpec{1, true, 0, 1}
+                                                       : PlaneSpec{BytesPerPixel(c.destination), false, 0, 4};
+        e.dst_alpha = {c.alpha == AlphaPass::kNone ? 0 : 1, false, 0, 1};
+        e.lines_bound_writes = c.destination != Destination::kPlanar;
+        e.reference = [c](const Request& r) { ReferenceExport(r, c); };
+        exports.push_back(e);
+    }
+    return exports;
+}());
 
 class YuvToYuvExportTest : public ::testing::TestWithParam<ExportCase> {};
 

@@ -13,11 +13,12 @@ Registration::Registration(std::vector<ExportUnderTest> exports) {
 
 Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, const RequestStyle& style) {
     Request r{};
-    const int32_t width = style.width >= 0 ? style.width
+    int32_t width = style.width >= 0 ? style.width
                           : style.aligned  ? e.aligned_width_unit * rng.Uniform(0, 4)
                           : rng.Chance(85) ? rng.Uniform(0, 70)
                                            : rng.Uniform(71, 600);
     const int32_t height = style.height >= 0 ? style.height : rng.Uniform(0, 5);
+    if (style.even_width) width &= ~1;
     r.width = width;
     r.src_width = rng.Chance(90) ? width : rng.Uniform(0, 70);
     r.src_height = height;

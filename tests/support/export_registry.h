@@ -26,6 +26,10 @@ struct ExportUnderTest {
     PlaneSpec src, src_alpha, dst, dst_alpha;
     // Widths of the aligned kernels are multiples of this (16 or 32).
     int aligned_width_unit = 32;
+    // False where a documented write reaches past the lines its destination
+    // plane spans (a change of standard into Y8PUV8I writes packed UYVY
+    // bytes, two a pixel); such exports skip the guard-page runs.
+    bool lines_bound_writes = true;
     // The export-level reference: what the export writes for this request,
     // whichever kernel its own tests choose.
     std::function<void(const Request&)> reference;
@@ -45,6 +49,9 @@ struct RequestStyle {
     int bottom_up_percent = 30;
     int32_t residue = -1;           // destination residue modulo 16, -1: random allowed
     GuardPage guard_page = GuardPage::kNone;
+    // Even widths only: a last odd pixel of a 4:2:2 line is not consumed, so
+    // such lines drift from the pitch and their span is not the plane's.
+    bool even_width = false;
 };
 
 // A random request for `e` within the documented envelope: frame line
