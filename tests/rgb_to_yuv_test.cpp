@@ -67,8 +67,9 @@ int32_t RoundUp(int32_t v, int32_t unit) { return (v + unit - 1) / unit * unit; 
 // A random request for kernel column `column` (0 frame, 1 halve, 2 quarter,
 // 3 double). `aligned` shapes a frame request for the aligned kernels:
 // 16-aligned planes, pitches of whole 64-byte units, width a multiple of 8
-// (so that the skips keep every line aligned). Otherwise planes sit at any address a kernel allows: packed
-// destination lines 4-byte aligned, everything else anywhere.
+// (so that the skips keep the lines aligned, unless a pitch is made odd on
+// purpose). Otherwise planes sit at any address; packed destination lines
+// are mostly 4-byte aligned, as hosts keep them.
 Built BuildRequest(Rng& rng, const EncodeCase& c, int column, bool aligned) {
     Built b;
     Request& r = b.request;
@@ -109,8 +110,14 @@ Built BuildRequest(Rng& rng, const EncodeCase& c, int column, bool aligned) {
         if (aligned) {
             s.pitch = RoundUp(line_bytes, 64) + 64 * rng.Uniform(0, 1);
             s.residue = 0;
+            // A pitch that takes later lines off a 16-byte boundary: those
+            // lines are stored unaligned, the same bytes.
+            if (rng.Chance(20)) s.pitch += (byte_aligned_ok ? 1 : 4) * rng.Uniform(1, 3);
         } else {
-            const int32_t unit = byte_aligned_ok ? 1 : 4;
+            // Now and then a packed destination off a 4-byte boundary: its
+            // head cannot reach a 16-byte boundary, its body is stored
+            // unaligned.
+            const int32_t unit = byte_aligned_ok || rng.Chance(10) ? 1 : 4;
             s.pitch = RoundUp(line_bytes, unit) + unit * rng.Uniform(0, 10);
             s.residue = static_cast<uint32_t>(rng.Uniform(0, 63)) / unit * unit;
         }

@@ -340,6 +340,14 @@ struct RequestedStore {
     }
 };
 
+// Lines that the alignment test could not vouch for: the host may set a
+// skip that takes a later line off a 16-byte boundary, and a packed
+// destination off a 4-byte boundary never reaches one. Their blocks are
+// stored unaligned (the same bytes, more slowly) instead of faulting.
+struct UnalignedStore {
+    static void Store(void* p, __m128i v) { StoreU(p, v); }
+};
+
 // ---- One line -----------------------------------------------------------------------------------
 
 // Converts one line: Source fixes how a pair and a block of four pairs are
@@ -393,7 +401,7 @@ struct LineWriter {
     // Aligned pictures: whole blocks of 8 pixels; a remainder stays untouched.
     template <class Store>
     void Blocks(int32_t width, const Store& store) {
-        for (int32_t i = width / 8; i > 0; --i) Block(store);
+        BlockRun(width / 8, store);
     }
 
     // Any alignment: single pairs up to the destination's first 16-byte
@@ -405,21 +413,26 @@ struct LineWriter {
         int32_t head = width / 2;
         if (width >= 16) {
             const uint32_t d = AddressResidue16(dst.FirstByte());
-            constexpr int kPairStep = Layout::kPairBytes * (kDouble ? 2 : 1);
-            if (d == 0)
-                head = 0;
-            else if (!Layout::kAlignedBody || !kDouble)
-                head = static_cast<int32_t>((16 - d) / 4);
-            else if (d % kPairStep == 0)
-                head = static_cast<int32_t>((16 - d) / kPairStep);
-            // A doubled packed line 4 bytes off an 8-byte boundary never
-            // reaches a 16-byte boundary in steps of 8: it goes pair by pair.
+            if (!kDouble || !Layout::kAlignedBody)
+                head = d == 0 ? 0 : static_cast<int32_t>((16 - d) / 4);
+            else  // a doubled packed pair writes 8 bytes
+                head = d % 8 == 0 ? static_cast<int32_t>((16 - d) % 16 / 8) : 0;
         }
         const int32_t body = (width - 2 * head) / 8;
         const int32_t tail = (width - 2 * (head + 4 * body)) / 2;
         for (int32_t i = 0; i < head; ++i) Pair();
-        for (int32_t i = 0; i < body; ++i) Block(store);
+        BlockRun(body, store);
         for (int32_t i = 0; i < tail; ++i) Pair();
+    }
+
+private:
+    template <class Store>
+    void BlockRun(int32_t blocks, const Store& store) {
+        if (Layout::kAlignedBody && !Aligned16(dst.FirstByte())) {
+            for (int32_t i = 0; i < blocks; ++i) Block(UnalignedStore{});
+        } else {
+            for (int32_t i = 0; i < blocks; ++i) Block(store);
+        }
     }
 };
 
