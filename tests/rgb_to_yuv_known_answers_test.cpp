@@ -1,7 +1,7 @@
 // Known answers of the RGB-to-YUV encoders: the coefficient block, black,
 // white and grey in every weight set, 75% colour bars against their
-// published code values, the clamps, the BGR24 single pair's neighbour
-// dependence, and the alpha plane.
+// published code values, the clamps and the BGR24 single pair's neighbour
+// dependence. (The alpha planes are covered by the differential tests.)
 #include <gtest/gtest.h>
 
 #include <array>
@@ -409,49 +409,6 @@ TEST_F(RgbToYuvKnownAnswers, Bgr24SinglePairDependsOnTheNextPair) {
             EXPECT_NE(single.y[0], body.y[0]) << c.name;
             EXPECT_EQ(alone.y[0], body.y[0]) << c.name;  // repeated pixels: both paths agree
             EXPECT_EQ(alone.cr[0], body.cr[0]) << c.name;
-        }
-    }
-}
-
-// ---- Alpha planes ----------------------------------------------------------------------------------
-
-TEST_F(RgbToYuvKnownAnswers, AlphaPlaneTakesTheFourthBytesAndLeavesTheColourAlone) {
-    struct Pair {
-        ZenkConvertFunction with_alpha, colour;
-        size_t colour_bytes;  // per line of 8 pixels
-    };
-    const Pair pairs[] = {{ZENK_SSE2_BGR32I_YUYV16IA8P_EX, ZENK_SSE2_BGR32I_YUYV16I_EX, 16},
-                          {ZENK_SSE2_BGR32I_UYVY16IA8P_EX, ZENK_SSE2_BGR32I_UYVY16I_EX, 16},
-                          {ZENK_SSE2_BGR32I_UVYY16IA8P_EX, ZENK_SSE2_BGR32I_UVYY16I_EX, 16},
-                          {ZENK_SSE2_BGR32I_Y8PUV8IA8P_EX, ZENK_SSE2_BGR32I_Y8PUV8I_EX, 16}};
-    const uint8_t alphas[8] = {0, 128, 255, 0, 128, 255, 1, 254};
-    for (const Pair& p : pairs) {
-        for (size_t alpha_offset : {0, 1, 7}) {
-            alignas(16) uint8_t src[32];
-            for (int i = 0; i < 8; ++i) {
-                src[4 * i] = static_cast<uint8_t>(20 * i);
-                src[4 * i + 1] = static_cast<uint8_t>(255 - 9 * i);
-                src[4 * i + 2] = static_cast<uint8_t>(31 * i);
-                src[4 * i + 3] = alphas[i];
-            }
-            alignas(16) uint8_t with_alpha[32] = {}, colour[32] = {}, alpha[24];
-            std::memset(alpha, 0xEE, sizeof alpha);
-            Request r{};
-            r.src_plane = src;
-            r.src_height = 1;
-            r.src_stride = 32;
-            r.width = 8;
-            r.dst_height = 1;
-            r.dst_stride = 16;
-            r.dst_matrix = 1;
-            r.dst_plane = with_alpha;
-            r.dst_alpha_plane = alpha + alpha_offset;
-            p.with_alpha(&r);
-            r.dst_plane = colour;
-            p.colour(&r);
-            EXPECT_EQ(0, std::memcmp(with_alpha, colour, p.colour_bytes));
-            EXPECT_EQ(0, std::memcmp(alpha + alpha_offset, alphas, 8));
-            EXPECT_EQ(alpha[alpha_offset + 8], 0xEE);
         }
     }
 }

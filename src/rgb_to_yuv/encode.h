@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstring>
+#include <type_traits>
 
 #include "coefficients.h"
 #include "frame/kernel.h"
@@ -357,6 +358,9 @@ struct UnalignedStore {
 // a line has width / 2 pairs whatever the mode.
 template <class Source, class Layout, bool kDouble, bool kAlpha>
 struct LineWriter {
+    // Only BGR32 pixels carry a fourth byte.
+    static_assert(!kAlpha || std::is_same_v<Source, Bgr32Pixels>);
+
     const Encoder& k;
     const Layout& layout;
     const uint8_t* src;
