@@ -134,8 +134,8 @@ struct Bgr24Pixels {
         return {EvenDwords(pairs01, pairs23),
                 EvenDwords(_mm_srli_epi64(pairs01, 16), _mm_srli_epi64(pairs23, 16))};
     }
-    // A single pair takes its second quad from the pair's bytes 8..11, not
-    // 2..5: R0 comes from the next pair's even pixel and G1, R1 from its odd
+    // A single pair (in every BGR24 kernel, packed or planar) takes its
+    // second quad from the pair's bytes 8..11, not 2..5: R0 comes from the next pair's even pixel and G1, R1 from its odd
     // pixel, and the read reaches 6 bytes past the pair. Hosts depend on the
     // exact output of the head and tail pairs, so this is kept; a uniform
     // line encodes the same either way.
@@ -260,7 +260,8 @@ struct PackedLayout {
 // limited to 16..235; the others keep 0..255. Hosts rely on this exact
 // output. The pattern follows the pixel's position in the line, whichever
 // path (single pair or block) converts it, so the cursor counts the pairs
-// of its line.
+// of its line. A single pair writes its two luma and two chroma bytes at
+// its own position in the lines, the values a block gives those pixels.
 struct PlanarLayout {
     struct Cursor {
         uint8_t* luma;

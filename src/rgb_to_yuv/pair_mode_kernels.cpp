@@ -3,7 +3,9 @@
 // doubles it. Every line start comes from the line addressing; within a
 // line the walk is the head, body and tail of the unaligned frame kernels.
 // One kernel serves all four variants: each 16-byte store asks the request
-// whether to bypass the cache.
+// whether to bypass the cache (planar lines are written with 8-byte stores,
+// which it does not affect). A request whose scan_mode gives no line count
+// (0, or anything but 1 and 2) converts nothing.
 #include "encode.h"
 #include "frame/line_addressing.h"
 #include "rgb_to_yuv_kernels.h"
