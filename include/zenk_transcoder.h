@@ -184,6 +184,32 @@ ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_A8P(const uint8_t* src, uint8_t* dst, i
 /* ---- YUV to RGB ---- */
 
 /* ---- RGB to YUV ---- */
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_UYVY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_UVYY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_Y8PUV8I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_YUYV16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_YUYV16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_UYVY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_UVYY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_Y8PUV8I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_UVYY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_Y8PUV8IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_Y8PUV8IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_UVYY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24IA8P_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24IA8P_Y8PUV8IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24IA8P_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24IA8P_UVYY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_YUYV16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_UYVY16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_UVYY16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_YUYV16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_UYVY16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_UVYY16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
 
 /* ---- YUV to YUV ---- */
 ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_UYVY16I_EX(const ZenkConversionRequest* request);
