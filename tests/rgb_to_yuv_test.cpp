@@ -9,6 +9,7 @@
 #include "reference/rgb_to_yuv_reference.h"
 #include "rgb_to_yuv/rgb_to_yuv_kernels.h"
 #include "support/counting_host_settings.h"
+#include "support/export_registry.h"
 #include "support/test_picture.h"
 
 namespace zenk::test {
@@ -246,6 +247,25 @@ void ExpectedExport(const EncodeCase& c, const Request& r, int32_t option) {
     ReferenceEncode(r, {c.source, c.layout, c.alpha == Alpha::kFromSource, column, aligned}, option);
     if (c.alpha == Alpha::kConstant || c.alpha == Alpha::kCopy) ExpectedAlphaPass(c, r);
 }
+
+// The family's exports for the checks that run over every export. The
+// reference reads the host option as the library answers it.
+const Registration kRegistration([] {
+    std::vector<ExportUnderTest> exports;
+    for (const EncodeCase& c : kCases) {
+        ExportUnderTest e;
+        e.name = std::string("ZENK_SSE2_") + c.name + "_EX";
+        e.convert = c.convert;
+        // A BGR24 single pair reads up to 6 bytes past its last pixel.
+        e.src = c.source == Src::kBgr32 ? PlaneSpec{4, false, 0, 1} : PlaneSpec{3, false, 6, 1};
+        e.src_alpha = {c.alpha == Alpha::kCopy ? 1 : 0, false, 0, 1};
+        e.dst = c.layout == Lay::kY8Uv ? PlaneSpec{1, true, 0, 1} : PlaneSpec{2, false, 0, 4};
+        e.dst_alpha = {c.alpha == Alpha::kNone ? 0 : 1, false, 0, 1};
+        e.reference = [c](const Request& r) { ExpectedExport(c, r, QueryHostOption()); };
+        exports.push_back(e);
+    }
+    return exports;
+}());
 
 class RgbToYuvTest : public ::testing::TestWithParam<EncodeCase> {
 protected:
