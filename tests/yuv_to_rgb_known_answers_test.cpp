@@ -235,6 +235,18 @@ TEST_F(YuvToRgbKnownAnswers, ConstantAlphaWordAndDwordForms) {
     }
 }
 
+// The head is the fewest pairs that take a supported line start to a 16-byte
+// boundary: every 8-byte aligned start for BGR32, every even one for BGR24.
+TEST_F(YuvToRgbKnownAnswers, HeadPairsReachTheFirstBoundary) {
+    alignas(16) static uint8_t line[32];
+    for (int offset = 0; offset < 16; offset += 2) {
+        const int head24 = Bgr24HeadPairs(line + offset);
+        EXPECT_EQ((offset + 6 * head24) % 16, 0) << offset;
+        for (int fewer = 0; fewer < head24; ++fewer) EXPECT_NE((offset + 6 * fewer) % 16, 0) << offset;
+        if (offset % 8 == 0) EXPECT_EQ(Bgr32HeadPairs(line + offset), offset ? 1 : 0) << offset;
+    }
+}
+
 // ---- Layouts ---------------------------------------------------------------------------------
 
 // The same pixels in each source layout decode to the same BGR24 bytes: the

@@ -150,11 +150,7 @@ struct Bgr32 {
     static __m128i AlphaWords(const DecodeConstants& k, const YuvWords& w) {
         return kForm == AlphaForm::kPlane ? w.alpha : k.alpha;
     }
-    // 8-byte pairs bring an 8-byte aligned line start to a 16-byte boundary.
-    static int32_t HeadPairs(const uint8_t* d) {
-        const uint32_t residue = AddressResidue16(d);
-        return residue ? static_cast<int32_t>((16 - residue) >> 3) : 0;
-    }
+    static int32_t HeadPairs(const uint8_t* d) { return Bgr32HeadPairs(d); }
     template <class Src, class Store>
     static void Block(const DecodeConstants& k, SourceCursor& s, uint8_t*& d) {
         const YuvWords w = Src::Block(s);
@@ -174,17 +170,11 @@ struct Bgr32 {
     }
 };
 
-// 6-byte pairs that bring a line start 2i bytes past a 16-byte boundary to
-// the next one.
-inline constexpr uint16_t kBgr24HeadPairs[8] = {0, 5, 2, 7, 4, 1, 6, 3};
-
 struct Bgr24 {
     static constexpr AlphaForm kAlpha = AlphaForm::kNone;
     static constexpr int kBlockShift = 4;  // blocks of 16 pixels
 
-    static int32_t HeadPairs(const uint8_t* d) {
-        return kBgr24HeadPairs[(reinterpret_cast<uintptr_t>(d) >> 1) & 7];
-    }
+    static int32_t HeadPairs(const uint8_t* d) { return Bgr24HeadPairs(d); }
     template <class Src, class Store>
     static void Block(const DecodeConstants& k, SourceCursor& s, uint8_t*& d) {
         __m128i px[4];

@@ -36,6 +36,20 @@ extern const KernelQuad kYuyvAlphaToBgr32;
 extern const KernelQuad kUyvyAlphaToBgr32;
 extern const KernelQuad kPlanarAlphaToBgr32;
 
+// Head pairs of the unaligned kernels: the pairs converted before the first
+// 16-byte boundary of a destination line. 8-byte BGR32 pairs serve line
+// starts on 8-byte boundaries; 6-byte BGR24 pairs serve even line starts,
+// 2i bytes past a boundary taking kBgr24HeadPairs[i] pairs.
+inline constexpr uint16_t kBgr24HeadPairs[8] = {0, 5, 2, 7, 4, 1, 6, 3};
+
+inline int32_t Bgr32HeadPairs(const uint8_t* line) {
+    const uint32_t residue = AddressResidue16(line);
+    return residue ? static_cast<int32_t>((16 - residue) >> 3) : 0;
+}
+inline int32_t Bgr24HeadPairs(const uint8_t* line) {
+    return kBgr24HeadPairs[(reinterpret_cast<uintptr_t>(line) >> 1) & 7];
+}
+
 // Alignment tests of the four-kernel exports.
 inline constexpr AlignmentTest kPackedToBgr32Test = BothSidesTest({16, 8, false}, {32, 4, false});
 inline constexpr AlignmentTest kPlanarAlphaToBgr32Test = DestinationTest(16, 16);
