@@ -12,6 +12,7 @@
 #include "frame/host_option.h"
 #include "reference/yuv_to_rgb_reference.h"
 #include "support/counting_host_settings.h"
+#include "support/export_registry.h"
 #include "support/test_picture.h"
 #include "yuv_to_rgb/yuv_to_rgb_kernels.h"
 
@@ -99,6 +100,25 @@ void ReferenceExport(const YuvCase& c, const Request& r, int32_t answer) {
     if (column == 1 || column == 2) ReferenceYuvToRgbPairModes(r, {c.layout, c.fourth[3]}, answer);
     if (DstAlphaPlane(c)) ReferenceAlphaPass(r, c.kind == K::kAlphaCopy);
 }
+
+// The family's exports for the checks that run over every export. The
+// reference reads the host option as the library answers it. Unaligned
+// BGR32 lines start on 8-byte boundaries and BGR24 lines on even bytes.
+const Registration kRegistration([] {
+    std::vector<ExportUnderTest> exports;
+    for (const YuvCase& c : kCases) {
+        ExportUnderTest e;
+        e.name = std::string("ZENK_SSE2_") + c.name + "_EX";
+        e.convert = c.convert;
+        e.src = c.layout == L::kPlanar ? PlaneSpec{1, true, 0, 1} : PlaneSpec{2, false, 0, 1};
+        e.src_alpha = {c.src_alpha ? 1 : 0, false, 0, 1};
+        e.dst = {DstBytes(c), false, 0, c.bgr24 ? 2 : 8};
+        e.dst_alpha = {DstAlphaPlane(c) ? 1 : 0, false, 0, 1};
+        e.reference = [c](const Request& r) { ReferenceExport(c, r, QueryHostOption()); };
+        exports.push_back(e);
+    }
+    return exports;
+}());
 
 // ---- Random requests -----------------------------------------------------------------------
 

@@ -64,14 +64,14 @@ private:
 enum class GuardPage { kNone, kAfterEnd, kBeforeStart };
 
 struct PlaneShape {
-    GuardPage guard_page = GuardPage::kNone;
-    uint32_t alignment = 1;  // with a guard page: line starts are multiples of this
     int32_t line_bytes = 0;
     int32_t lines = 0;
     int32_t pitch = 0;  // positive; the direction is bottom_up
     bool bottom_up = false;
     uint32_t residue = 0;
     int32_t extra_lines = 0;
+    GuardPage guard_page = GuardPage::kNone;
+    uint32_t alignment = 1;  // with a guard page: line starts are multiples of this
 };
 
 // Bytes whose first element sits on a 64-byte boundary, in copies too, so
