@@ -327,21 +327,6 @@ TEST_F(RgbToYuvKnownAnswers, ChromaIsPointSampledAndSaturatesWithFullSwing) {
     }
 }
 
-TEST_F(RgbToYuvKnownAnswers, PackedLumaClampAppliesToEveryPixel) {
-    HostOption(0);
-    Options o;
-    o.full_range = true;
-    o.clamp_luma = true;
-    for (const Converter& c : kConverters) {
-        if (c.layout == Layout::kY8Uv) continue;
-        const Line white = Encode(c, Uniform({255, 255, 255}), o), black = Encode(c, Uniform({0, 0, 0}), o);
-        for (int x = 0; x < 8; ++x) {
-            EXPECT_EQ(white.y[x], 235) << c.name;
-            EXPECT_EQ(black.y[x], 16) << c.name;
-        }
-    }
-}
-
 // The planar luma clamp limits pixels 2 and 3 of every four only, by their
 // index in the line, whether a pixel comes through a block or a single pair.
 TEST_F(RgbToYuvKnownAnswers, PlanarLumaClampLimitsPixelsTwoAndThreeOfEveryFour) {
@@ -414,19 +399,6 @@ TEST_F(RgbToYuvKnownAnswers, Bgr24SinglePairDependsOnTheNextPair) {
 }
 
 // ---- Plain entry points --------------------------------------------------------------------------
-
-TEST_F(RgbToYuvKnownAnswers, PlainEntryPointsConvertNothing) {
-    using Plain = void(ZENK_CALL*)(const uint8_t*, uint8_t*, int32_t, int32_t, int32_t, int32_t);
-    const Plain plains[] = {ZENK_SSE2_BGR32I_YUYV16I, ZENK_SSE2_BGR32I_UYVY16I, ZENK_SSE2_BGR32I_UVYY16I,
-                            ZENK_SSE2_BGR24I_YUYV16I, ZENK_SSE2_BGR24I_UYVY16I, ZENK_SSE2_BGR24I_UVYY16I};
-    alignas(16) uint8_t src[256], dst[256];
-    std::memset(src, 0x40, sizeof src);
-    for (Plain plain : plains) {
-        std::memset(dst, 0xEE, sizeof dst);
-        plain(src, dst, 128, 0, 1, 1);
-        for (uint8_t b : dst) ASSERT_EQ(b, 0xEE);
-    }
-}
 
 }  // namespace
 }  // namespace zenk::test

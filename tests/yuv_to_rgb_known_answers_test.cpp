@@ -243,102 +243,15 @@ TEST_F(YuvToRgbKnownAnswers, HeadPairsReachTheFirstBoundary) {
         const int head24 = Bgr24HeadPairs(line + offset);
         EXPECT_EQ((offset + 6 * head24) % 16, 0) << offset;
         for (int fewer = 0; fewer < head24; ++fewer) EXPECT_NE((offset + 6 * fewer) % 16, 0) << offset;
-        if (offset % 8 == 0) EXPECT_EQ(Bgr32HeadPairs(line + offset), offset ? 1 : 0) << offset;
+        if (offset % 8 == 0) {
+            EXPECT_EQ(Bgr32HeadPairs(line + offset), offset ? 1 : 0) << offset;
+        }
     }
 }
 
 // ---- Layouts ---------------------------------------------------------------------------------
 
-// The same pixels in each source layout decode to the same BGR24 bytes: the
-// byte orders Cb Y0 Cr Y1, Y0 Cb Y1 Cr, Cb Cr Y0 Y1 and the planar split
-// (chroma plane stride * height after the luma plane).
-TEST_F(YuvToRgbKnownAnswers, EveryLayoutOfTheSamePixelsDecodesAlike) {
-    const int kHeight = 2, kWidth = 16, kStride = 32;
-    alignas(16) uint8_t uyvy[kHeight * kStride], yuyv[kHeight * kStride], uvyy[kHeight * kStride];
-    alignas(16) uint8_t planar[2 * kHeight * kStride] = {};
-    for (int y = 0; y < kHeight; ++y) {
-        for (int p = 0; p < kWidth / 2; ++p) {
-            const uint8_t y0 = uint8_t(40 + 20 * p + y), y1 = uint8_t(200 - 9 * p), cb = uint8_t(60 + 17 * p + 50 * y),
-                          cr = uint8_t(230 - 13 * p);
-            uint8_t* a = uyvy + y * kStride + 4 * p;
-            uint8_t* b = yuyv + y * kStride + 4 * p;
-            uint8_t* c = uvyy + y * kStride + 4 * p;
-            a[0] = cb, a[1] = y0, a[2] = cr, a[3] = y1;
-            b[0] = y0, b[1] = cb, b[2] = y1, b[3] = cr;
-            c[0] = cb, c[1] = cr, c[2] = y0, c[3] = y1;
-            planar[y * kStride + 2 * p] = y0;
-            planar[y * kStride + 2 * p + 1] = y1;
-            planar[(kHeight + y) * kStride + 2 * p] = cb;
-            planar[(kHeight + y) * kStride + 2 * p + 1] = cr;
-        }
-    }
-    struct Source {
-        const char* name;
-        ZenkConvertFunction convert;
-        const uint8_t* plane;
-    };
-    const Source sources[] = {{"UYVY16I", ZENK_SSE2_UYVY16I_BGR24I_EX, uyvy},
-                              {"YUYV16I", ZENK_SSE2_YUYV16I_BGR24I_EX, yuyv},
-                              {"UVYY16I", ZENK_SSE2_UVYY16I_BGR24I_EX, uvyy},
-                              {"Y8PUV8I", ZENK_SSE2_Y8PUV8I_BGR24I_EX, planar}};
-    std::vector<uint8_t> first;
-    for (const Source& s : sources) {
-        alignas(16) uint8_t dst[kHeight * 48] = {};
-        ZenkConversionRequest r = Picture(s.plane, kStride, dst, kWidth, kHeight);
-        r.src_skip = s.plane == planar ? kStride - kWidth : 0;
-        r.dst_matrix = 1;
-        s.convert(&r);
-        const std::vector<uint8_t> got(dst, dst + sizeof dst);
-        if (first.empty())
-            first = got;
-        else
-            EXPECT_EQ(got, first) << s.name;
-    }
-    // Not all black: the pixels were decoded.
-    EXPECT_NE(first, std::vector<uint8_t>(first.size(), 0));
-}
-
 // ---- Pair modes --------------------------------------------------------------------------------
-
-// Which source line feeds each destination line: every source line has its
-// own grey level, and the decoded grey names the line.
-TEST_F(YuvToRgbKnownAnswers, PairModesReadEverySecondOrFourthLineFieldByField) {
-    struct Row {
-        int32_t vertical_mode;
-        uint8_t field_pair;
-        bool bottom_up;
-        int lines[4];
-    };
-    const Row rows[] = {{1, 0, false, {0, 2, 4, 6}},    {1, 1, false, {0, 1, 4, 5}},
-                        {2, 0, false, {0, 4, 8, 12}},   {2, 1, false, {0, 1, 8, 9}},
-                        {1, 1, true, {20, 19, 14, 13}}, {2, 0, true, {20, 16, 10, 6}}};
-    const int kLines = 21, kStride = 32;
-    alignas(16) uint8_t src[kLines * kStride];
-    for (int y = 0; y < kLines; ++y)
-        for (int p = 0; p < 8; ++p) {
-            const uint8_t uyvy[4] = {128, uint8_t(16 + 10 * y), 128, uint8_t(16 + 10 * y)};
-            std::memcpy(src + y * kStride + 4 * p, uyvy, 4);
-        }
-    for (const Row& row : rows) {
-        alignas(16) uint8_t dst[4 * 64] = {};
-        ZenkConversionRequest r = Picture(row.bottom_up ? src + 20 * kStride : src, kStride, dst, 16, 0);
-        // Bottom-up: a negative skip turns the walk upward, and is added
-        // to every step.
-        r.src_skip = row.bottom_up ? -2 * kStride : 0;
-        r.src_field_pair = row.field_pair;
-        r.dst_height = 4;
-        r.dst_skip = 64;
-        r.scan_mode = 1;
-        r.vertical_mode = row.vertical_mode;
-        r.alpha_value = 0xFF;
-        ZENK_SSE2_UYVY16I_BGR32I_EX(&r);
-        for (int n = 0; n < 4; ++n) {
-            const int grey = ((10 * row.lines[n]) * 19073 + 8192) >> 14;
-            EXPECT_EQ(dst[64 * n + 1], grey) << "mode " << row.vertical_mode << " pair " << int(row.field_pair)
-                                             << " line " << n;
-        }
-    }
-}
 
 // ---- Plain entry points --------------------------------------------------------------------------
 

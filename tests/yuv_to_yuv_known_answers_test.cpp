@@ -299,59 +299,5 @@ TEST(YuvToYuvKnownAnswers, UvyyReorderOnlyWhenAligned) {
     }
 }
 
-TEST(YuvToYuvKnownAnswers, LineSplits) {
-    struct Row {
-        uint32_t residue;
-        int32_t width;
-        uint32_t head_pair_bytes;
-        int32_t group;
-        int32_t head, body, tail;
-    };
-    const Row rows[] = {
-        {8, 40, 4, 16, 2, 2, 2},  {4, 15, 4, 16, 7, 0, 0}, {0, 15, 4, 16, 7, 0, 0}, {0, 32, 4, 16, 0, 2, 0},
-        {12, 17, 4, 16, 1, 0, 7}, {4, 33, 4, 16, 3, 1, 5}, {4, 6, 8, 8, 3, 0, 0},   {4, 20, 8, 8, 1, 2, 1},
-        {12, 16, 8, 8, 0, 2, 0},  {8, 16, 8, 8, 1, 1, 3},  {0, 1, 4, 16, 0, 0, 0},
-    };
-    alignas(16) static uint8_t line[32];
-    for (const Row& row : rows) {
-        const yuv_to_yuv::LineSplit s =
-            yuv_to_yuv::SplitLine(line + row.residue, row.width, row.head_pair_bytes, row.group);
-        EXPECT_EQ((std::array<int32_t, 3>{s.head, s.body, s.tail}),
-                  (std::array<int32_t, 3>{row.head, row.body, row.tail}))
-            << "residue " << row.residue << " width " << row.width;
-    }
-}
-
-// Width 15 on an unaligned destination: seven pairs through the pair path,
-// the fifteenth pixel neither written nor consumed.
-TEST(YuvToYuvKnownAnswers, LastOddPixelIsNeverWritten) {
-    struct Row {
-        ZenkConvertFunction convert;
-        int32_t src_matrix, dst_matrix;
-        size_t written;  // destination bytes of 14 pixels
-    };
-    const Row rows[] = {
-        {ZENK_SSE2_UYVY16I_UYVY16I_EX, 0, 0, 28},   {ZENK_SSE2_UYVY16I_UYVY16I_EX, 1, 0, 28},
-        {ZENK_SSE2_YUYV16I_UYVY16I_EX, 0, 0, 28},   {ZENK_SSE2_UVYY16I_UYVY16I_EX, 1, 2, 28},
-        {ZENK_SSE2_UYVY16I_V8U8Y8A8I_EX, 0, 0, 56}, {ZENK_SSE2_UYVY16I_Y8PUV8I_EX, 0, 0, 14},
-    };
-    for (const Row& row : rows) {
-        LineRun run{Repeat({128, 60, 128, 70}, 8), 15, 4, row.src_matrix, row.dst_matrix};
-        run.dst_height = 0;  // Y8PUV8I: chroma on top of the luma line, written last
-        const std::vector<uint8_t> out = RunLine(row.convert, run, 64);
-        for (size_t i = 0; i < out.size(); ++i) EXPECT_EQ(out[i] == 0xEE, i >= row.written) << i;
-    }
-}
-
-// The plain entry points build a request without a picture size.
-TEST(YuvToYuvKnownAnswers, PlainEntryPointsConvertNothing) {
-    alignas(16) uint8_t src[64], dst[64];
-    std::memset(src, 0x11, sizeof src);
-    std::memset(dst, 0xEE, sizeof dst);
-    ZENK_SSE2_UYVY16I_UYVY16I(src, dst, 32, 0, 1, 0);
-    ZENK_SSE2_YUYV16I_YUYV16I(src, dst, 32, 0, 1, 1);
-    EXPECT_EQ(std::vector<uint8_t>(dst, dst + 64), std::vector<uint8_t>(64, 0xEE));
-}
-
 }  // namespace
 }  // namespace zenk::test

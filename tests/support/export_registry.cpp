@@ -35,13 +35,13 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
     r.vertical_mode = 0;
 
     struct Binding {
-        const PlaneSpec* spec;
+        const PlaneSpec* plane;
         bool destination;
     };
     const Binding bindings[4] = {{&e.src, false}, {&e.src_alpha, false}, {&e.dst, true}, {&e.dst_alpha, true}};
     size_t index[4] = {};
     for (int i = 0; i < 4; ++i) {
-        const PlaneSpec& p = *bindings[i].spec;
+        const PlaneSpec& p = *bindings[i].plane;
         if (p.bytes_per_pixel == 0) continue;
         PlaneShape shape;
         shape.line_bytes = width * p.bytes_per_pixel + p.read_past_line;
@@ -68,11 +68,11 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
         scene.Add(rng, shape);
     }
     auto bind = [&](int i, auto& plane, int32_t& stride, int32_t& skip) {
-        if (bindings[i].spec->bytes_per_pixel == 0) return;
+        if (bindings[i].plane->bytes_per_pixel == 0) return;
         GuardedPlane& g = scene[index[i]];
         plane = g.first_line();
         stride = g.stride();
-        skip = g.Skip(width * bindings[i].spec->bytes_per_pixel);
+        skip = g.Skip(width * bindings[i].plane->bytes_per_pixel);
     };
     bind(0, r.src_plane, r.src_stride, r.src_skip);
     bind(1, r.src_alpha_plane, r.src_alpha_stride, r.src_alpha_skip);
