@@ -23,7 +23,7 @@ constexpr int32_t kBt709 = 0, kBt601 = 1;
 
 std::array<int16_t, 8> Words(__m128i v) {
     std::array<int16_t, 8> w;
-    std::memcpy(w.data(), &v, 16);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(w.data()), v);
     return w;
 }
 
@@ -62,10 +62,14 @@ TEST(YuvMatrixChangeSetup, OnlyTheExactPairGoesToBt709) {
     const int16_t to_601[6] = {1627, 3141, 16218, -1813, -1187, 16112};
     for (const Row& row : rows) {
         const auto v = SetupVectors(row.src_matrix, row.dst_matrix, 8, 0);
-        for (int vector = 0; vector < 3; ++vector)
-            for (int lane = 0; lane < 8; ++lane)
-                EXPECT_EQ(v[vector][lane], (row.to_709 ? to_709 : to_601)[2 * vector + lane % 2])
-                    << row.src_matrix << "->" << row.dst_matrix;
+        const int16_t* set = row.to_709 ? to_709 : to_601;
+        for (int vector = 0; vector < 3; ++vector) {
+            // Each vector repeats its (Cb, Cr) pair four times.
+            const std::array<int16_t, 8> expected = {set[2 * vector], set[2 * vector + 1], set[2 * vector],
+                                                     set[2 * vector + 1], set[2 * vector], set[2 * vector + 1],
+                                                     set[2 * vector], set[2 * vector + 1]};
+            EXPECT_EQ(v[vector], expected) << row.src_matrix << "->" << row.dst_matrix << " vector " << vector;
+        }
     }
 }
 
