@@ -179,24 +179,8 @@ void RunJob(const Job& job, const Library& library) {
     if (!pair)
         throw ToolError(kExitUsage, "unsupported pair " + Token(src) + " -> " + Token(dst) + "; " + Token(src) +
                                         " converts to: " + SupportedDestinations(src, library));
-    const ZenkConvertFunction convert = library.Find(src, dst);
-    if (!convert)
-        throw ToolError(kExitUsage, "unsupported pair " + Token(src) + " -> " + Token(dst) + ": " +
-                                        ExportName(src, dst) + " is not in " + library.path() + "; " + Token(src) +
-                                        " converts to: " + SupportedDestinations(src, library));
 
-    // How a PNG output is shown.
-    std::optional<Format> view;
-    ZenkConvertFunction view_convert = nullptr;
-    if (png_out) {
-        view = ViewFormat(dst, library);
-        if (!view)
-            throw ToolError(kExitUsage, Token(dst) + " cannot be written as PNG: the library has no " + Token(dst) +
-                                            " -> BGR32I or BGR24I conversion; write a raw file");
-        if (*view != dst) view_convert = library.Find(dst, *view);
-    }
-
-    // Sizes.
+    // Sizes, against what the formats allow.
     Size size;
     if (png_in) {
         size = ReadPngSize(job.input);
@@ -213,6 +197,24 @@ void RunJob(const Job& job, const Library& library) {
     CheckFrameSize(dst, dst_size, "destination");
     if (dst_size.width == 0 || dst_size.height == 0)
         throw ToolError(kExitUsage, "the destination would be empty at " + SizeText(dst_size));
+
+    // Then against what the loaded library exports.
+    const ZenkConvertFunction convert = library.Find(src, dst);
+    if (!convert)
+        throw ToolError(kExitUsage, "unsupported pair " + Token(src) + " -> " + Token(dst) + ": " +
+                                        ExportName(src, dst) + " is not in " + library.path() + "; " + Token(src) +
+                                        " converts to: " + SupportedDestinations(src, library));
+
+    // How a PNG output is shown.
+    std::optional<Format> view;
+    ZenkConvertFunction view_convert = nullptr;
+    if (png_out) {
+        view = ViewFormat(dst, library);
+        if (!view)
+            throw ToolError(kExitUsage, Token(dst) + " cannot be written as PNG: the library has no " + Token(dst) +
+                                            " -> BGR32I or BGR24I conversion; write a raw file");
+        if (*view != dst) view_convert = library.Find(dst, *view);
+    }
 
     // The input and its frame count.
     InputFile in;

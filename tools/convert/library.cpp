@@ -1,6 +1,7 @@
 #include "library.h"
 
 #include <dlfcn.h>
+#include <link.h>
 #include <unistd.h>
 
 #include <climits>
@@ -31,7 +32,10 @@ Library::Library(const std::string& path) {
     auto attempt = [&](const std::string& candidate) {
         handle_ = dlopen(candidate.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (handle_) {
-            path_ = candidate;
+            // Report the file the loader chose, not the name it was asked for.
+            link_map* map = nullptr;
+            path_ = dlinfo(handle_, RTLD_DI_LINKMAP, &map) == 0 && map && map->l_name && *map->l_name ? map->l_name
+                                                                                                        : candidate;
         } else {
             const char* why = dlerror();
             tried += std::string(tried.empty() ? "" : "; ") + (why ? why : candidate);

@@ -43,7 +43,7 @@ void PrintList(const Library& library) {
         const FrameLayout l = LayoutOf(f.format, 2, 1);
         std::printf("  %-11s %s%s%s\n", std::string(f.token).c_str(),
                     f.layout == Layout::Constant ? "no picture: the constant --alpha"
-                                                 : (std::to_string(l.total() / 2) + " bytes a pixel").c_str(),
+                                                 : (std::to_string(l.total() / 2) + (l.total() == 2 ? " byte" : " bytes") + " a pixel").c_str(),
                     f.raw_name.empty() ? "" : (", colour block as " + std::string(f.raw_name)).c_str(),
                     f.alpha_plane ? ", then an A8P plane" : "");
     }

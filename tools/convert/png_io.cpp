@@ -53,12 +53,19 @@ Size ReadPngSize(const std::string& path) {
 Frame ReadPng(const std::string& path, Format format) {
     PngImage png;
     BeginRead(png, path);
-    Frame frame(format, static_cast<int32_t>(png.image.width), static_cast<int32_t>(png.image.height));
-    png.image.format = format == Format::BGR32I ? PNG_FORMAT_BGRA : PNG_FORMAT_BGR;
+    // Always read with alpha: asked for BGR without it, libpng would blend
+    // the colours onto a background, and a BGR24I reading keeps the colours
+    // as they are stored, dropping only the alpha.
+    Frame frame(Format::BGR32I, static_cast<int32_t>(png.image.width), static_cast<int32_t>(png.image.height));
+    png.image.format = PNG_FORMAT_BGRA;
     if (!png_image_finish_read(&png.image, nullptr, frame.colour(),
                                static_cast<png_int_32>(frame.layout().colour_stride), nullptr))
         throw ToolError(kExitInput, path + ": corrupt PNG (" + Why(png.image) + ")");
-    return frame;
+    if (format == Format::BGR32I) return frame;
+    Frame bgr(Format::BGR24I, frame.width(), frame.height());
+    const int64_t pixels = int64_t{frame.width()} * frame.height();
+    for (int64_t p = 0; p < pixels; ++p) std::memcpy(bgr.colour() + 3 * p, frame.colour() + 4 * p, 3);
+    return bgr;
 }
 
 void WritePng(const Frame& frame, std::FILE* file, const std::string& shown_path) {
