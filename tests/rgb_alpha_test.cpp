@@ -109,6 +109,9 @@ Built BuildRequest(Rng& rng, const RgbCase& c, Target target) {
         if (aligned) {
             shape.pitch = (shape.line_bytes + 191) / 192 * 192 + 192 * rng.Uniform(0, 1);
             shape.residue = 0;
+            // A pitch that leaves later lines off a 16-byte boundary: the
+            // aligned kernels must walk such lines the slow way, not fault.
+            if (is_destination && rng.Chance(25)) shape.pitch += (bytes == 4 ? 4 : 1) * rng.Uniform(1, 3);
         } else {
             shape.pitch = shape.line_bytes + rng.Uniform(0, 40) * (is_destination && bytes == 4 ? 4 : 1);
             const uint32_t step = is_destination && bytes == 4 ? 4 : 1;

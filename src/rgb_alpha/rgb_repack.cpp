@@ -247,15 +247,20 @@ struct MergeAlphaFormat {
 // single pixels up to the destination's first 16-byte boundary, then blocks
 // with aligned stores, then the remaining pixels singly; a line shorter than
 // 16 pixels goes pixel by pixel.
+//
+// Some exports test only the first line's address, not the pitch, before
+// they choose an aligned kernel. A later line that starts off a 16-byte
+// boundary is then walked like a line of the other kernels (the same bytes,
+// more slowly) instead of faulting: misalignment never fails a conversion.
 template <class F, class A>
 void PixelKernel(const Request* r) {
     Cursor c{r->src_plane, r->src_alpha_plane, r->dst_plane, r->dst_alpha_plane};
     const Constants k(*r);
-    const int32_t width = r->width;
+    const int32_t width = A::kAligned ? r->width / 16 * 16 : r->width;
     Prefetch(c.src);
     for (int32_t line = 0; line < r->src_height; ++line) {
         int32_t head = 0, body = width / 16, tail = 0;
-        if constexpr (!A::kAligned) {
+        if (!A::kAligned || !Aligned16(c.dst)) {
             if (width < 16) {
                 head = width;
                 body = 0;
