@@ -32,6 +32,13 @@ Size DestinationSize(const Pair& pair, const RequestOptions& options, Size sourc
     if (options.scan_mode == 0)
         throw ToolError(kExitUsage, "--vertical-mode " + std::to_string(mode) +
                                         " converts line pairs: it needs --scan-mode 1 or 2");
+    if (mode == 3) {
+        // Each source pixel pair becomes two output pairs, each line two lines.
+        if (source.width % 2 != 0)
+            throw ToolError(kExitUsage, "--vertical-mode 3 doubles pixel pairs: the width must be even, not " +
+                                            std::to_string(source.width));
+        return {2 * source.width, 2 * source.height};
+    }
     const int32_t k = mode == 1 ? 2 : 4;
     // Every destination line comes from one line of a pair of source lines
     // 2k apart in a stream, so the height is a whole number of such pairs.
@@ -71,7 +78,12 @@ ZenkConversionRequest MakeRequest(const Pair& pair, const RequestOptions& option
     }
     r.src_width = src.width();
     r.src_height = pair_mode ? src.height() : count;
-    r.src_skip = 0;  // tight lines: the pitch is exactly what a line holds
+    // Tight lines: in frame mode a running pointer ends each line at the next
+    // one, so every skip is 0. The line-pair modes move line starts instead:
+    // the destination steps by whole pitches, and the source by the pair step
+    // that the line addressing adds to its skip (0), or, when doubling, by
+    // its skip alone (one pitch).
+    r.src_skip = options.vertical_mode == 3 ? static_cast<int32_t>(sl.colour_stride) : 0;
     r.src_matrix = options.src_matrix;
     r.src_range = options.full_range ? 1 : 0;
     r.src_field_pair = options.field_pair ? 1 : 0;
@@ -89,13 +101,14 @@ ZenkConversionRequest MakeRequest(const Pair& pair, const RequestOptions& option
     // slice lands on its own chroma lines.
     r.dst_height = pair_mode || Info(pair.dst).layout == Layout::Planar422 ? dst.height() : count;
     r.dst_stride = static_cast<int32_t>(dl.colour_stride);
-    r.dst_skip = 0;
+    r.dst_skip = pair_mode ? r.dst_stride : 0;
     r.dst_matrix = options.dst_matrix;
     r.dst_range = options.full_range ? 1 : 0;
     r.dst_field_pair = options.field_pair ? 1 : 0;
     if (dst.alpha()) {
         r.dst_alpha_plane = dst.alpha() + first * dl.alpha_stride;
         r.dst_alpha_stride = static_cast<int32_t>(dl.alpha_stride);
+        r.dst_alpha_skip = pair_mode ? r.dst_alpha_stride : 0;
     }
 
     r.alpha_value = options.alpha_value;

@@ -21,7 +21,7 @@ struct RequestOptions {
     // to the library in both halves; opaque by default.
     uint32_t alpha_value = 0x00FF00FFu;
     bool streaming = false;
-    int32_t vertical_mode = 0;  // 0 = frame; 1, 2 = reduce by 2, by 4 (line-pair modes)
+    int32_t vertical_mode = 0;  // 0 = frame; line-pair modes: 1, 2 = reduce by 2, by 4; 3 = double
     int32_t scan_mode = 0;
     bool field_pair = false;
 };
@@ -35,8 +35,8 @@ struct Size {
 };
 
 // The destination size of a pair at a source size: the source size in frame
-// mode; in the line-pair modes the reduced size (RGB to YUV reduces both
-// ways, YUV to RGB only vertically). Throws ToolError when the options do
+// mode; in the line-pair modes the reduced or doubled size (RGB to YUV
+// reduces or doubles both ways, YUV to RGB reduces only vertically). Throws ToolError when the options do
 // not suit the pair or the size.
 Size DestinationSize(const Pair& pair, const RequestOptions& options, Size source);
 

@@ -27,8 +27,7 @@ const std::vector<FormatInfo> kFormats = {
 using F = Format;
 
 // Every format pair the library's exports cover. The five pairs that own a
-// kernel table also convert in the line-pair modes; zenk-convert offers their
-// vertical reductions by 2 and by 4.
+// kernel table also convert in the line-pair modes.
 const std::vector<Pair> kPairs = [] {
     struct Row {
         F src;
@@ -60,7 +59,10 @@ const std::vector<Pair> kPairs = [] {
     for (const Row& row : rows)
         for (F dst : row.dsts) {
             const bool table = std::find(tables.begin(), tables.end(), std::pair{row.src, dst}) != tables.end();
-            pairs.push_back({row.src, dst, table ? std::vector<int>{0, 1, 2} : std::vector<int>{0}});
+            // Encoding from BGR32I also doubles the picture (mode 3).
+            std::vector<int> modes{0};
+            if (table) modes = row.src == F::BGR32I ? std::vector<int>{0, 1, 2, 3} : std::vector<int>{0, 1, 2};
+            pairs.push_back({row.src, dst, modes});
         }
     return pairs;
 }();
@@ -150,7 +152,11 @@ std::string PairOptions(const Pair& pair) {
                                 pair.dst == Format::V8U8Y8A8I || (Info(pair.dst).alpha_plane && !HasAlpha(pair.src));
     if (constant_alpha) opts.push_back("--alpha");
     opts.push_back("--streaming");
-    if (pair.vertical_modes.size() > 1) opts.push_back("--vertical-mode 0|1|2 --scan-mode --field-pair");
+    if (pair.vertical_modes.size() > 1) {
+        std::string modes;
+        for (int m : pair.vertical_modes) modes += (modes.empty() ? "" : "|") + std::to_string(m);
+        opts.push_back("--vertical-mode " + modes + " --scan-mode --field-pair");
+    }
     std::string s;
     for (const std::string& o : opts) s += (s.empty() ? "" : ", ") + o;
     return s;

@@ -54,7 +54,7 @@ FrameLayout LayoutOf(Format f, int64_t width, int64_t height);
 struct Pair {
     Format src;
     Format dst;
-    std::vector<int> vertical_modes;  // {0} for frame-only pairs; table pairs add their pair-mode columns
+    std::vector<int> vertical_modes;  // {0} for frame-only pairs; table pairs add their line-pair modes
 };
 
 const std::vector<Pair>& AllPairs();

@@ -83,7 +83,7 @@ int Main(int argc, char** argv) {
         ->excludes("--alpha");
     app.add_flag("--streaming", job.options.streaming, "write the destination with non-temporal stores");
     app.add_option("--vertical-mode", job.options.vertical_mode,
-                   "0 frame; 1, 2 reduce the height (and a YUV destination's width) by 2, by 4")
+                   "0 frame; line pairs: 1, 2 reduce the height (and a YUV destination's width) by 2, by 4; 3 doubles both")
         ->check(CLI::Range(0, 4));
     app.add_option("--scan-mode", job.options.scan_mode, "0 frame, 1 or 2 line-pair addressing (with --vertical-mode)");
     app.add_flag("--field-pair", job.options.field_pair,
