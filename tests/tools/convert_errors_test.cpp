@@ -72,6 +72,8 @@ const std::vector<BadCase> kBadCases = {
      kOutput, {"cannot write", "No such file"}},
     {"directory as output", {"--from", "BGR32I", "--size", "8x4", "--to", "BGR24I", "@good.bgra", "@adir"},
      kOutput, {"cannot write", "is a directory"}},
+    {"device as output", {"--from", "BGR32I", "--size", "8x4", "--to", "BGR24I", "@good.bgra", "/dev/null"},
+     kOutput, {"cannot write /dev/null: not a regular file"}},
     {"corrupt PNG", {"--to", "BGR24I", "@corrupt.png", "@out"}, kInput, {"corrupt.png: corrupt"}},
     {"truncated PNG", {"--to", "BGR24I", "@truncated.png", "@out"}, kInput, {"truncated.png: corrupt"}},
     {"text named .png", {"--to", "BGR24I", "@notpng.png", "@out"}, kInput, {"notpng.png: corrupt"}},

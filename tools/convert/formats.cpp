@@ -85,7 +85,10 @@ std::optional<Format> ParseFormat(std::string_view token) {
 
 std::string FormatTokenList() {
     std::string s;
-    for (const FormatInfo& info : kFormats) s += (s.empty() ? "" : ", ") + std::string(info.token);
+    for (const FormatInfo& info : kFormats) {
+        if (!s.empty()) s += ", ";
+        s += info.token;
+    }
     return s;
 }
 
@@ -154,11 +157,17 @@ std::string PairOptions(const Pair& pair) {
     opts.push_back("--streaming");
     if (pair.vertical_modes.size() > 1) {
         std::string modes;
-        for (int m : pair.vertical_modes) modes += (modes.empty() ? "" : "|") + std::to_string(m);
+        for (int m : pair.vertical_modes) {
+            if (!modes.empty()) modes += '|';
+            modes += std::to_string(m);
+        }
         opts.push_back("--vertical-mode " + modes + " --scan-mode --field-pair");
     }
     std::string s;
-    for (const std::string& o : opts) s += (s.empty() ? "" : ", ") + o;
+    for (const std::string& o : opts) {
+        if (!s.empty()) s += ", ";
+        s += o;
+    }
     return s;
 }
 

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <chrono>
 #include <cstring>
 #include <regex>
@@ -100,10 +101,37 @@ std::string SupportedDestinations(Format src, const Library& library) {
     return s.empty() ? "nothing in this library" : s;
 }
 
+namespace {
+
+// The temporary file being written, for the signal handler: an interrupted
+// run leaves neither a partial output nor a stray temporary file.
+char g_temp_path[4096];
+
+extern "C" void RemoveTempAndExit(int signal_number) {
+    if (g_temp_path[0]) unlink(g_temp_path);
+    _exit(128 + signal_number);
+}
+
+void WatchSignals(const std::string& temp) {
+    if (temp.size() >= sizeof g_temp_path) return;
+    std::memcpy(g_temp_path, temp.c_str(), temp.size() + 1);
+    for (int s : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) std::signal(s, RemoveTempAndExit);
+}
+
+void ForgetSignals() {
+    for (int s : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) std::signal(s, SIG_DFL);
+    g_temp_path[0] = 0;
+}
+
+}  // namespace
+
 AtomicOutput::AtomicOutput(const std::string& path) : path_(path) {
     struct stat st {};
     if (stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode))
         throw ToolError(kExitOutput, "cannot write " + path + ": it is a directory");
+    // Renaming over a device or a pipe would replace it with a plain file.
+    if (stat(path.c_str(), &st) == 0 && !S_ISREG(st.st_mode))
+        throw ToolError(kExitOutput, "cannot write " + path + ": not a regular file");
     const size_t slash = path.rfind('/');
     const std::string dir = slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
     const std::string base = slash == std::string::npos ? path : path.substr(slash + 1);
@@ -111,6 +139,7 @@ AtomicOutput::AtomicOutput(const std::string& path) : path_(path) {
     const int fd = mkstemp(temp.data());
     if (fd < 0) throw ToolError(kExitOutput, "cannot write " + path + ": " + std::strerror(errno));
     temp_ = temp;
+    WatchSignals(temp_);
     // mkstemp makes the file private; the output gets the usual permissions.
     const mode_t mask = umask(0);
     umask(mask);
@@ -126,6 +155,7 @@ AtomicOutput::AtomicOutput(const std::string& path) : path_(path) {
 AtomicOutput::~AtomicOutput() {
     if (file_) std::fclose(file_);
     if (!temp_.empty()) unlink(temp_.c_str());
+    ForgetSignals();
 }
 
 void AtomicOutput::Commit() {
@@ -240,6 +270,13 @@ void RunJob(const Job& job, const Library& library) {
     // Read a PNG before the output exists, so a corrupt one leaves nothing behind.
     std::optional<Frame> png_frame;
     if (png_in) png_frame.emplace(ReadPng(job.input, src));
+
+    if (job.threads > 1) {
+        const std::string obstacle = SliceObstacle(*pair, job.options);
+        if (!obstacle.empty())
+            std::fprintf(stderr, "zenk-convert: note: %s -> %s runs on one thread: %s\n", Token(src).c_str(),
+                         Token(dst).c_str(), obstacle.c_str());
+    }
 
     AtomicOutput out(job.output);
     ProgressBar bar(job.progress, frames);

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "conversion.h"
 #include "demo.h"
 #include "errors.h"
 #include "formats.h"
@@ -36,7 +37,8 @@ void PrintList(const Library& library) {
     for (const Pair& p : AllPairs()) {
         const bool present = library.Has(p.src, p.dst);
         std::printf("  %-11s -> %-11s %-9s %s\n", std::string(Info(p.src).token).c_str(),
-                    std::string(Info(p.dst).token).c_str(), present ? "" : "(absent)", PairOptions(p).c_str());
+                    std::string(Info(p.dst).token).c_str(), present ? "" : "(absent)",
+                    (PairOptions(p) + (SliceObstacle(p, RequestOptions{}).empty() ? ", --threads" : "")).c_str());
     }
     std::printf("\nRaw layouts:\n");
     for (const FormatInfo& f : AllFormats()) {
