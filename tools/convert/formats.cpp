@@ -12,7 +12,7 @@ const std::vector<FormatInfo> kFormats = {
     {Format::YUYV16I, "YUYV16I", Layout::Packed422, 2, false, "yuyv422"},
     {Format::UVYY16I, "UVYY16I", Layout::Packed422, 2, false, ""},
     {Format::Y8PUV8I, "Y8PUV8I", Layout::Planar422, 2, false, "nv16"},
-    {Format::V8U8Y8A8I, "V8U8Y8A8I", Layout::Packed444Alpha, 4, false, ""},
+    {Format::V8U8Y8A8I, "V8U8Y8A8I", Layout::Packed444Alpha, 4, false, "vuya"},
     {Format::BGR32I, "BGR32I", Layout::Bgr32, 4, false, "bgra"},
     {Format::BGR24I, "BGR24I", Layout::Bgr24, 3, false, "bgr24"},
     {Format::A8P, "A8P", Layout::AlphaPlane, 1, false, "gray"},
