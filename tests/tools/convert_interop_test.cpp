@@ -269,5 +269,40 @@ TEST(ConvertInterop, TheProgressBarAppearsOnlyOnATerminal) {
     EXPECT_EQ(ReadBytes(dir / "out").size(), 2u * 8 * 2 * 3);
 }
 
+// "-" reads raw frames from standard input until it ends and writes them to
+// standard output, the same bytes as with files.
+TEST(ConvertInterop, StandardInputAndOutputCarryRawFrames) {
+    Scratch dir;
+    const std::string source = MakeSource(dir, Format::BGR32I, 12, 3);  // two frames
+    const std::vector<std::string> flags = {"--from", "BGR32I", "--size", "12x3", "--to", "BGR24IA8P"};
+    std::vector<std::string> files = flags, streams = flags;
+    files.insert(files.end(), {source, dir / "out"});
+    streams.insert(streams.end(), {"-", "-"});
+    RunOk(files);
+    const ToolResult piped = RunTool(streams, false, source);
+    EXPECT_EQ(piped.code, 0) << piped.err;
+    const Bytes expected = ReadBytes(dir / "out");
+    EXPECT_EQ(expected.size(), 2u * 12 * 3 * 4);
+    EXPECT_EQ(Bytes(piped.out.begin(), piped.out.end()), expected);
+}
+
+// A stream that ends inside a frame fails without touching the output.
+TEST(ConvertInterop, AStreamEndingInsideAFrameLeavesTheOutput) {
+    Scratch dir;
+    const std::string source = MakeSource(dir, Format::BGR32I, 12, 3);
+    Bytes bytes = ReadBytes(source);
+    bytes.resize(bytes.size() - 5);
+    WriteBytes(dir / "short", bytes);
+    WriteBytes(dir / "out", Bytes{1, 2, 3});
+    const ToolResult r = RunTool({"--from", "BGR32I", "--size", "12x3", "--to", "BGR24I", "-", dir / "out"}, false,
+                                 dir / "short");
+    EXPECT_EQ(r.code, 3);
+    EXPECT_NE(r.err.find("standard input ended 139 bytes into frame 2; a 12x3 BGR32I frame is 144 bytes"),
+              std::string::npos)
+        << r.err;
+    EXPECT_EQ(ReadBytes(dir / "out"), (Bytes{1, 2, 3}));
+    EXPECT_EQ(dir.Entries().size(), 3u);  // the source, the short copy, the output
+}
+
 }  // namespace
 }  // namespace zenk::tool::test

@@ -26,7 +26,7 @@ std::string Slurp(int fd) {
 
 }  // namespace
 
-ToolResult RunTool(const std::vector<std::string>& args, bool terminal) {
+ToolResult RunTool(const std::vector<std::string>& args, bool terminal, const std::string& input) {
     std::vector<std::string> argv_strings{ZENK_CONVERT_PATH};
     argv_strings.insert(argv_strings.end(), args.begin(), args.end());
     std::vector<char*> argv;
@@ -43,6 +43,8 @@ ToolResult RunTool(const std::vector<std::string>& args, bool terminal) {
     }
     const pid_t pid = fork();
     if (pid == 0) {
+        const int in = open(input.empty() ? "/dev/null" : input.c_str(), O_RDONLY);
+        dup2(in, STDIN_FILENO);
         dup2(out_pipe[1], STDOUT_FILENO);
         dup2(err_pipe[1], STDERR_FILENO);
         close(out_pipe[0]);

@@ -21,8 +21,9 @@ struct ToolResult {
 };
 
 // Runs the tool with `args`; with `terminal` its standard error is a
-// pseudo-terminal (whose output lands in `err`).
-ToolResult RunTool(const std::vector<std::string>& args, bool terminal = false);
+// pseudo-terminal (whose output lands in `err`); `input` names a file to
+// give it as standard input (else it gets an empty one).
+ToolResult RunTool(const std::vector<std::string>& args, bool terminal = false, const std::string& input = {});
 
 // Fails the test with the tool's messages unless it exited with 0.
 void ExpectOk(const ToolResult& r, const std::vector<std::string>& args);

@@ -40,9 +40,11 @@ std::optional<Format> ViewFormat(Format f, const Library& library) {
     return std::nullopt;
 }
 
+// Frames done out of the total, or a running count when the total is not
+// known (-1: frames from standard input).
 class ProgressBar {
 public:
-    ProgressBar(bool enabled, int64_t total) : enabled_(enabled && total > 1), total_(total) {}
+    ProgressBar(bool enabled, int64_t total) : enabled_(enabled && total != 1), total_(total) {}
     ~ProgressBar() {
         if (enabled_ && drawn_) std::fputs("\r\033[K", stderr);
     }
@@ -52,6 +54,11 @@ public:
         if (drawn_ && done != total_ && now - last_ < std::chrono::milliseconds(100)) return;
         last_ = now;
         drawn_ = true;
+        if (total_ < 0) {
+            std::fprintf(stderr, "\r%lld frames", static_cast<long long>(done));
+            std::fflush(stderr);
+            return;
+        }
         constexpr int kWidth = 40;
         const int filled = static_cast<int>(done * kWidth / total_);
         std::fprintf(stderr, "\r[%s%s] %lld/%lld frames", std::string(static_cast<size_t>(filled), '#').c_str(),
@@ -69,8 +76,9 @@ private:
 
 struct InputFile {
     std::FILE* file = nullptr;
+    bool owned = true;
     ~InputFile() {
-        if (file) std::fclose(file);
+        if (file && owned) std::fclose(file);
     }
 };
 
@@ -170,8 +178,11 @@ void AtomicOutput::Commit() {
 }
 
 void RunJob(const Job& job, const Library& library) {
+    // "-" is standard input or output: raw frames, as many as arrive.
+    const bool stdin_in = job.input == "-", stdout_out = job.output == "-";
     const bool png_in = !job.input.empty() && IsPngPath(job.input);
     const bool png_out = IsPngPath(job.output);
+    const std::string input_name = stdin_in ? "standard input" : job.input;
 
     // Source format and size.
     Format src;
@@ -250,7 +261,11 @@ void RunJob(const Job& job, const Library& library) {
     InputFile in;
     int64_t frames = 1;
     const int64_t frame_bytes = LayoutOf(src, size.width, size.height).total();
-    if (!png_in && !job.input.empty()) {
+    if (stdin_in) {
+        in.file = stdin;
+        in.owned = false;
+        frames = -1;
+    } else if (!png_in && !job.input.empty()) {
         in.file = std::fopen(job.input.c_str(), "rb");
         if (!in.file) throw ToolError(kExitInput, "cannot read " + job.input + ": " + std::strerror(errno));
         struct stat st {};
@@ -278,16 +293,28 @@ void RunJob(const Job& job, const Library& library) {
                          Token(dst).c_str(), obstacle.c_str());
     }
 
-    AtomicOutput out(job.output);
+    std::optional<AtomicOutput> atomic;
+    if (!stdout_out) atomic.emplace(job.output);
+    std::FILE* const out = stdout_out ? stdout : atomic->file();
+    const std::string output_name = stdout_out ? "standard output" : job.output;
     ProgressBar bar(job.progress, frames);
     Frame source = !job.test_card.empty() ? MakeTestCard(job.test_card, size.width, size.height)
                    : png_frame            ? std::move(*png_frame)
                                           : Frame(src, size.width, size.height);
     Frame result(dst, dst_size.width, dst_size.height);
-    for (int64_t i = 0; i < frames; ++i) {
-        if (in.file && !source.ReadRaw(in.file))
-            throw ToolError(kExitInput, "cannot read " + job.input + ": " +
-                                            (std::ferror(in.file) ? std::strerror(errno) : "file shrank while reading"));
+    for (int64_t i = 0; frames < 0 || i < frames; ++i) {
+        if (in.file) {
+            const int64_t got = source.ReadRaw(in.file);
+            if (std::ferror(in.file))
+                throw ToolError(kExitInput, "cannot read " + input_name + ": " + std::strerror(errno));
+            if (frames < 0 && got == 0 && i > 0) break;  // the stream ended between frames
+            if (got != frame_bytes)
+                throw ToolError(kExitInput, input_name + " ended " + std::to_string(got) + " bytes into frame " +
+                                                std::to_string(i + 1) + "; a " + SizeText(size) + " " + Token(src) +
+                                                " frame is " + std::to_string(frame_bytes) + " bytes");
+            if (png_out && i > 0)
+                throw ToolError(kExitUsage, job.output + ": a PNG holds one frame, and " + input_name + " holds more");
+        }
         Convert(convert, *pair, job.options, source, result, job.threads);
         if (png_out) {
             if (view_convert) {
@@ -297,16 +324,20 @@ void RunJob(const Job& job, const Library& library) {
                 back.scan_mode = 0;
                 Frame shown(*view, dst_size.width, dst_size.height);
                 Convert(view_convert, *FindPair(dst, *view), back, result, shown, job.threads);
-                WritePng(shown, out.file(), job.output);
+                WritePng(shown, out, output_name);
             } else {
-                WritePng(result, out.file(), job.output);
+                WritePng(result, out, output_name);
             }
-        } else if (!result.WriteRaw(out.file())) {
-            throw ToolError(kExitOutput, "cannot write " + job.output + ": " + std::strerror(errno));
+        } else if (!result.WriteRaw(out)) {
+            throw ToolError(kExitOutput, "cannot write " + output_name + ": " + std::strerror(errno));
         }
         bar.Update(i + 1);
     }
-    out.Commit();
+    if (atomic) {
+        atomic->Commit();
+    } else if (std::fflush(stdout) != 0) {
+        throw ToolError(kExitOutput, std::string("cannot write standard output: ") + std::strerror(errno));
+    }
 }
 
 }  // namespace zenk::tool

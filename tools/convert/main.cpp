@@ -27,10 +27,10 @@ constexpr const char* kDescription = R"(Convert pictures between the pixel forma
 Raw files hold whole frames one after another, each frame's planes in the
 library's order with tight lines: the colour block (for Y8PUV8I the luma plane
 then the Cb,Cr plane), then the alpha plane of an IA8P format. Common names:
-UYVY16I = uyvy422, YUYV16I = yuyv422, Y8PUV8I = nv16, BGR32I = bgra,
-BGR24I = bgr24, A8P = gray. A PNG input reads as BGR32I (its alpha, or opaque)
+UYVY16I = uyvy422, YUYV16I = yuyv422, Y8PUV8I = nv16, V8U8Y8A8I = vuya,
+BGR32I = bgra, BGR24I = bgr24, A8P = gray. A PNG input reads as BGR32I (its alpha, or opaque)
 or BGR24I; a PNG output shows the result, converted back to BGR with the same
-options when it is YUV.)";
+options when it is YUV. "-" is standard input or output (raw frames).)";
 
 void PrintList(const Library& library) {
     std::printf("Format pairs (source -> destination), from %s:\n", library.path().c_str());
@@ -64,8 +64,10 @@ int Main(int argc, char** argv) {
     uint32_t alpha_word = 0;
     bool list = false;
 
-    app.add_option("files", files, "INPUT OUTPUT, or only OUTPUT with --test-card or an A8C source")
-        ->expected(1, 2);
+    app.add_option("FILES", files, "INPUT OUTPUT, or only OUTPUT with --test-card or an A8C source")
+        ->type_name("");
+    app.footer("Exit status: 0 done, 2 bad command, 3 bad input, 4 output not written, 5 no library.\n"
+               "See --list for the format pairs and docs/zenk-convert.md for the details.");
     app.add_option("--from", from, "source format (a PNG input reads as BGR32I unless BGR24I is given)");
     app.add_option("--to", to, "destination format (a PNG output defaults to BGR32I)");
     app.add_option("--size", size, "picture size WIDTHxHEIGHT of a raw input or a test card");

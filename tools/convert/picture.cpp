@@ -22,10 +22,11 @@ Frame::Frame(Format format, int32_t width, int32_t height)
     if (layout_.alpha_bytes) alpha_ = Allocate(layout_.alpha_bytes);
 }
 
-bool Frame::ReadRaw(std::FILE* file) {
+int64_t Frame::ReadRaw(std::FILE* file) {
     const auto colour = static_cast<size_t>(layout_.colour_bytes), alpha = static_cast<size_t>(layout_.alpha_bytes);
-    return std::fread(colour_.get(), 1, colour, file) == colour &&
-           (alpha == 0 || std::fread(alpha_.get(), 1, alpha, file) == alpha);
+    size_t got = std::fread(colour_.get(), 1, colour, file);
+    if (got == colour && alpha) got += std::fread(alpha_.get(), 1, alpha, file);
+    return static_cast<int64_t>(got);
 }
 
 bool Frame::WriteRaw(std::FILE* file) const {

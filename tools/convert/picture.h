@@ -31,8 +31,9 @@ public:
     uint8_t* alpha() { return alpha_.get(); }
     const uint8_t* alpha() const { return alpha_.get(); }
 
-    // The frame's bytes as a raw file stores them: colour block, then alpha plane.
-    bool ReadRaw(std::FILE* file);
+    // The frame's bytes as a raw file stores them: colour block, then alpha
+    // plane. ReadRaw returns the bytes it read, layout().total() for a whole frame.
+    int64_t ReadRaw(std::FILE* file);
     bool WriteRaw(std::FILE* file) const;
 
 private:
