@@ -101,6 +101,10 @@ const std::vector<BadCase> kBadCases = {
      kUsage, {"--threads"}},
     {"alpha beyond a byte", {"--alpha", "300", "--from", "A8C", "--size", "8x4", "--to", "A8P", "@out"},
      kUsage, {"--alpha"}},
+    {"demonstration at an odd width", {"--demo", "@demo", "--size", "31x2"},
+     kUsage, {"the width must be even, not 31"}},
+    {"demonstration in a line-pair mode", {"--demo", "@demo", "--vertical-mode", "1", "--scan-mode", "1"},
+     kUsage, {"--vertical-mode must be 0"}},
     {"A8C with an input file", {"--from", "A8C", "--size", "8x4", "--to", "A8P", "@good.bgra", "@out"},
      kUsage, {"give only OUTPUT: the source is the constant --alpha"}},
 };

@@ -49,6 +49,16 @@ double TimePerFrame(Run run) {
 }  // namespace
 
 int RunDemo(const DemoSettings& s, const Library& library) {
+    RequireTestCard(s.card);
+    if (s.options.vertical_mode != 0)
+        throw ToolError(kExitUsage, "the demonstration converts whole frames: --vertical-mode must be 0");
+    // Every format of the round trips pairs pixels for its chroma.
+    if (s.size.width % 2 != 0)
+        throw ToolError(kExitUsage, "the demonstration goes through 4:2:2 formats: the width must be even, not " +
+                                        std::to_string(s.size.width));
+    if (LayoutOf(Format::BGR32I, s.size.width, s.size.height).total() > kMaxFrameBytes)
+        throw ToolError(kExitUsage, "the demonstration's frames would be over the " +
+                                        std::to_string(kMaxFrameBytes >> 20) + " MiB that zenk-convert handles");
     if (mkdir(s.directory.c_str(), 0777) != 0 && errno != EEXIST)
         throw ToolError(kExitOutput, "cannot make " + s.directory + ": " + std::strerror(errno));
     const Frame card = MakeTestCard(s.card, s.size.width, s.size.height);

@@ -189,7 +189,7 @@ void RunJob(const Job& job, const Library& library) {
     if (!job.test_card.empty()) {
         if (job.from && *job.from != Format::BGR32I)
             throw ToolError(kExitUsage, "a test card is BGR32I, not " + Token(*job.from));
-        if (!IsTestCard(job.test_card)) MakeTestCard(job.test_card, 1, 1);  // throws the list of cards
+        RequireTestCard(job.test_card);
         src = Format::BGR32I;
     } else if (png_in) {
         src = job.from.value_or(Format::BGR32I);

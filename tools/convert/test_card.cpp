@@ -33,12 +33,18 @@ bool IsTestCard(const std::string& name) {
     return false;
 }
 
-Frame MakeTestCard(const std::string& name, int32_t width, int32_t height) {
-    if (!IsTestCard(name)) {
-        std::string names;
-        for (const TestCard& c : kCards) names += (names.empty() ? "" : ", ") + c.name;
-        throw ToolError(kExitUsage, "unknown test card '" + name + "' (cards: " + names + ")");
+void RequireTestCard(const std::string& name) {
+    if (IsTestCard(name)) return;
+    std::string names;
+    for (const TestCard& c : kCards) {
+        if (!names.empty()) names += ", ";
+        names += c.name;
     }
+    throw ToolError(kExitUsage, "unknown test card '" + name + "' (cards: " + names + ")");
+}
+
+Frame MakeTestCard(const std::string& name, int32_t width, int32_t height) {
+    RequireTestCard(name);
     Frame frame(Format::BGR32I, width, height);
     const uint8_t level = name == "bars75" ? 191 : 255;
     // Bars start where x * 8 / width changes, so an even width of a multiple
