@@ -133,6 +133,13 @@ std::string MakeSource(const Scratch& dir, Format f, int32_t w, int32_t h) {
     return path;
 }
 
+// The interleaved format of an IA8P format's colour block.
+Format ColourOf(Format f) {
+    if (!Info(f).alpha_plane) return f;
+    const std::string_view token = Info(f).token;
+    return *ParseFormat(token.substr(0, token.size() - 3));
+}
+
 std::vector<std::string> ToolArgs(const Pair& p, const Settings& s, const std::string& in, const std::string& out) {
     std::vector<std::string> args = s.Flags();
     args.insert(args.end(), {"--from", Token(p.src), "--to", Token(p.dst)});
@@ -185,7 +192,10 @@ TEST(ConvertInterop, SlicingAcrossThreadsChangesNoByte) {
                 if (many[i] == "--alpha") many.erase(many.begin() + i, many.begin() + i + 2);
             many.insert(many.begin(), {"--threads", "5"});
             RunOk(one);
-            RunOk(many);
+            const ToolResult threaded = RunOk(many);
+            // A pair that cannot be cut says so and runs whole.
+            const bool whole = Info(p.src).layout == Layout::Planar422;
+            EXPECT_EQ(threaded.err.find("runs on one thread") != std::string::npos, whole) << threaded.err;
             const Bytes a = ReadBytes(dir / "one"), b = ReadBytes(dir / "many");
             EXPECT_FALSE(a.empty());
             EXPECT_EQ(a, b);
@@ -302,6 +312,61 @@ TEST(ConvertInterop, AStreamEndingInsideAFrameLeavesTheOutput) {
         << r.err;
     EXPECT_EQ(ReadBytes(dir / "out"), (Bytes{1, 2, 3}));
     EXPECT_EQ(dir.Entries().size(), 3u);  // the source, the short copy, the output
+}
+
+// The YUV raw layouts are the documented ones: studio-range white (Y 235)
+// and black (Y 16), both with Cb = Cr = 128, of the 100% bars land where
+// uyvy422, yuyv422, nv16 and vuya put their samples; an IA8P frame carries
+// its alpha plane after the colour block.
+TEST(ConvertInterop, YuvRawLayoutsPutEverySampleInItsDocumentedPlace) {
+    Scratch dir;
+    constexpr int kW = 16;  // eight bars of one pixel pair each
+    struct Sample {
+        int y0, y1, cb, cr;  // byte offsets within the frame for pixel pair p, as functions of p below
+    };
+    auto offsets = [&](Format f, int p) -> Sample {
+        switch (Info(f).layout) {
+            case Layout::Planar422: return {2 * p, 2 * p + 1, kW + 2 * p, kW + 2 * p + 1};
+            case Layout::Packed444Alpha: return {8 * p + 2, 8 * p + 6, 8 * p + 1, 8 * p};
+            default: break;
+        }
+        switch (ColourOf(f)) {
+            case Format::UYVY16I: return {4 * p + 1, 4 * p + 3, 4 * p, 4 * p + 2};
+            case Format::YUYV16I: return {4 * p, 4 * p + 2, 4 * p + 1, 4 * p + 3};
+            default: return {4 * p + 2, 4 * p + 3, 4 * p, 4 * p + 1};  // UVYY16I
+        }
+    };
+    int checked = 0;
+    for (const FormatInfo& info : AllFormats()) {
+        const Format f = info.format;
+        if (!IsYuv(f)) continue;
+        const bool via_uyvy = f == Format::V8U8Y8A8I;
+        if (!TheLibrary().Has(via_uyvy ? Format::UYVY16I : Format::BGR32I, f)) continue;
+        if (via_uyvy && !TheLibrary().Has(Format::BGR32I, Format::UYVY16I)) continue;
+        SCOPED_TRACE(Token(f));
+        if (via_uyvy) {
+            RunOk({"--test-card", "bars100", "--size", "16x1", "--to", "UYVY16I", dir / "uyvy"});
+            RunOk({"--alpha", "9", "--from", "UYVY16I", "--size", "16x1", "--to", Token(f), dir / "uyvy", dir / "out"});
+        } else {
+            RunOk({"--test-card", "bars100", "--size", "16x1", "--to", Token(f), dir / "out"});
+        }
+        const Bytes frame = ReadBytes(dir / "out");
+        ASSERT_EQ(static_cast<int64_t>(frame.size()), LayoutOf(f, kW, 1).total());
+        for (const auto& [pair, luma] : {std::pair{0, 235}, std::pair{7, 16}}) {
+            const Sample at = offsets(f, pair);
+            EXPECT_EQ(frame[at.y0], luma) << "pair " << pair;
+            EXPECT_EQ(frame[at.y1], luma) << "pair " << pair;
+            EXPECT_EQ(frame[at.cb], 128) << "pair " << pair;
+            EXPECT_EQ(frame[at.cr], 128) << "pair " << pair;
+        }
+        if (via_uyvy) EXPECT_EQ(frame[3], 9);                 // vuya's A
+        if (Info(f).alpha_plane) EXPECT_EQ(frame.back(), 255);  // the opaque card's alpha plane
+        // Yellow (pair 1) has a low Cb: the chroma samples are not swapped.
+        EXPECT_LT(frame[offsets(f, 1).cb], 64);
+        EXPECT_GT(frame[offsets(f, 1).cr], 128);
+        ++checked;
+    }
+    if (checked == 0) GTEST_SKIP() << "this library writes no YUV format from BGR32I";
 }
 
 }  // namespace
