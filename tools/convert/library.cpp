@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <climits>
+#include <cstddef>
+#include <vector>
 
 #include "errors.h"
 
@@ -23,6 +25,25 @@ std::string ExecutableDirectory() {
     std::string path(buffer, static_cast<size_t>(n));
     const size_t slash = path.rfind('/');
     return slash == std::string::npos ? std::string() : path.substr(0, slash);
+}
+
+// The directories the loader searches for the executable's own libraries:
+// its run path, LD_LIBRARY_PATH and the system's. dlopen is asked for full
+// paths in these, because a dlopen made through an interposed wrapper (as
+// sanitizers install) would search the wrapper's run path instead.
+std::vector<std::string> SearchDirectories() {
+    std::vector<std::string> dirs;
+    void* self = dlopen(nullptr, RTLD_LAZY);
+    if (!self) return dirs;
+    Dl_serinfo sizes;
+    if (dlinfo(self, RTLD_DI_SERINFOSIZE, &sizes) == 0 && sizes.dls_size >= sizeof(Dl_serinfo)) {
+        std::vector<std::max_align_t> storage(sizes.dls_size / sizeof(std::max_align_t) + 1);
+        auto* info = reinterpret_cast<Dl_serinfo*>(storage.data());
+        if (dlinfo(self, RTLD_DI_SERINFOSIZE, info) == 0 && dlinfo(self, RTLD_DI_SERINFO, info) == 0)
+            for (unsigned i = 0; i < info->dls_cnt; ++i) dirs.emplace_back(info->dls_serpath[i].dls_name);
+    }
+    dlclose(self);
+    return dirs;
 }
 
 }  // namespace
@@ -46,12 +67,14 @@ Library::Library(const std::string& path) {
         if (!attempt(path)) throw ToolError(kExitLibrary, "cannot load the conversion library: " + tried);
         return;
     }
-    // An installed or copied tool keeps the library beside it; in a build
-    // tree the run path names the library's directory.
-    const std::string dir = ExecutableDirectory();
-    if (!dir.empty() && access((dir + "/" ZENK_LIBRARY_FILE_NAME).c_str(), F_OK) == 0 &&
-        attempt(dir + "/" ZENK_LIBRARY_FILE_NAME))
-        return;
+    // A copied tool keeps the library beside it; in a build tree and once
+    // installed the run path names the library's directory.
+    std::vector<std::string> dirs = SearchDirectories();
+    dirs.insert(dirs.begin(), ExecutableDirectory());
+    for (const std::string& dir : dirs) {
+        const std::string candidate = dir + "/" ZENK_LIBRARY_FILE_NAME;
+        if (!dir.empty() && access(candidate.c_str(), F_OK) == 0 && attempt(candidate)) return;
+    }
     if (!attempt(ZENK_LIBRARY_FILE_NAME))
         throw ToolError(kExitLibrary, "cannot load the conversion library: " + tried);
 }
