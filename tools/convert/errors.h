@@ -9,6 +9,7 @@ namespace zenk::tool {
 
 enum ExitCode : int {
     kExitOk = 0,
+    kExitFailure = 1,  // the system failed the tool (threads, memory)
     kExitUsage = 2,    // the command line asks for something impossible
     kExitInput = 3,    // the input cannot be read or does not hold what the command says
     kExitOutput = 4,   // the output cannot be written

@@ -66,7 +66,8 @@ int Main(int argc, char** argv) {
 
     app.add_option("FILES", files, "INPUT OUTPUT, or only OUTPUT with --test-card or an A8C source")
         ->type_name("");
-    app.footer("Exit status: 0 done, 2 bad command, 3 bad input, 4 output not written, 5 no library.\n"
+    app.footer("Exit status: 0 done, 1 system failure, 2 bad command, 3 bad input, 4 output not written,\n"
+               "5 no library.\n"
                "See --list for the format pairs and docs/zenk-convert.md for the details.");
     app.add_option("--from", from, "source format (a PNG input reads as BGR32I unless BGR24I is given)");
     app.add_option("--to", to, "destination format (a PNG output defaults to BGR32I)");
@@ -159,7 +160,10 @@ int Main(int argc, char** argv) {
         return e.code();
     } catch (const std::bad_alloc&) {
         std::fprintf(stderr, "zenk-convert: error: out of memory\n");
-        return kExitInput;
+        return kExitFailure;
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "zenk-convert: error: %s\n", e.what());
+        return kExitFailure;
     }
 }
 
