@@ -182,10 +182,77 @@ ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_BGR24I(const uint8_t* src, uint8_t* dst
 ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_A8P(const uint8_t* src, uint8_t* dst, int32_t src_pitch);
 
 /* ---- YUV to RGB ---- */
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_BGR32I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_BGR32I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_BGR24I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_BGR24I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UVYY16I_BGR24I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_Y8PUV8I_BGR32I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_Y8PUV8I_BGR24I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_Y8PUV8IA8P_BGR32I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16IA8P_BGR32I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16IA8P_BGR32I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_Y8PUV8I_BGR24IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UVYY16I_BGR24IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_BGR24IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_BGR24IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16IA8P_BGR24IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16IA8P_BGR24IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_BGR32I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range, uint32_t alpha_value);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_BGR32I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range, uint32_t alpha_value);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_BGR24I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_BGR24I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
 
 /* ---- RGB to YUV ---- */
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_UYVY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_UVYY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_Y8PUV8I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_YUYV16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_YUYV16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_UYVY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_UVYY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_Y8PUV8I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_UVYY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_Y8PUV8IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_Y8PUV8IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_UVYY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24IA8P_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24IA8P_Y8PUV8IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24IA8P_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24IA8P_UVYY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_YUYV16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_UYVY16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR32I_UVYY16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_YUYV16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_UYVY16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_BGR24I_UVYY16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
 
 /* ---- YUV to YUV ---- */
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_UYVY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_YUYV16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_YUYV16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_UYVY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UVYY16I_UYVY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_UVYY16I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_Y8PUV8I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_V8U8Y8A8I_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UVYY16I_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_Y8PUV8IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_UVYY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16IA8P_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16IA8P_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16IA8P_YUYV16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16IA8P_UYVY16IA8P_EX(const ZenkConversionRequest* request);
+ZENK_API void ZENK_CALL ZENK_SSE2_UYVY16I_UYVY16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
+ZENK_API void ZENK_CALL ZENK_SSE2_YUYV16I_YUYV16I(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t ignored, int32_t matrix, int32_t range);
 
 #ifdef __cplusplus
 }

@@ -74,7 +74,9 @@ TEST(TableExport, CallsTheSelectedEntryOnceAndNothingForAnEmptyColumn) {
         // Columns 1 and 2 have one kernel for every variant; 3 and 4 none.
         const int expected_spy = mode == 0 ? 1 : mode == 1 ? 4 : mode == 2 ? 8 : -1;
         EXPECT_EQ(total, expected_spy < 0 ? 0 : 1) << "mode " << mode;
-        if (expected_spy >= 0) EXPECT_EQ(g_calls[expected_spy], 1) << "mode " << mode;
+        if (expected_spy >= 0) {
+            EXPECT_EQ(g_calls[expected_spy], 1) << "mode " << mode;
+        }
     }
 }
 
@@ -109,13 +111,23 @@ TEST(PlainRequest, HalfPitchNoPictureSizeAndFullRangeOnlyWhereAsked) {
     }
 }
 
+// Plain calls set no picture size: every one of them leaves the destination
+// untouched, whatever its pointers, pitch, matrix and range.
 TEST(PlainEntryPoints, LeaveTheDestinationUntouched) {
     using Plain6 = void(ZENK_CALL*)(const uint8_t*, uint8_t*, int32_t, int32_t, int32_t, int32_t);
-    const Plain6 plain[] = {ZENK_SSE2_BGR32I_BGR32I, ZENK_SSE2_BGR32I_BGR24I, ZENK_SSE2_BGR24I_BGR32I,
-                            ZENK_SSE2_BGR24I_BGR24I};
+    using Plain7 = void(ZENK_CALL*)(const uint8_t*, uint8_t*, int32_t, int32_t, int32_t, int32_t, uint32_t);
+    const Plain6 plain6[] = {ZENK_SSE2_BGR32I_BGR32I, ZENK_SSE2_BGR32I_BGR24I, ZENK_SSE2_BGR24I_BGR32I,
+                             ZENK_SSE2_BGR24I_BGR24I, ZENK_SSE2_BGR32I_YUYV16I, ZENK_SSE2_BGR32I_UYVY16I,
+                             ZENK_SSE2_BGR32I_UVYY16I, ZENK_SSE2_BGR24I_YUYV16I, ZENK_SSE2_BGR24I_UYVY16I,
+                             ZENK_SSE2_BGR24I_UVYY16I, ZENK_SSE2_UYVY16I_BGR24I, ZENK_SSE2_YUYV16I_BGR24I,
+                             ZENK_SSE2_UYVY16I_UYVY16I, ZENK_SSE2_YUYV16I_YUYV16I};
+    const Plain7 plain7[] = {ZENK_SSE2_UYVY16I_BGR32I, ZENK_SSE2_YUYV16I_BGR32I};
     std::vector<uint8_t> src(64 * 16, 0x5A);
     std::vector<uint8_t> dst(64 * 16, 0xC3);
-    for (Plain6 f : plain) f(src.data(), dst.data(), 256, 64, 1, 1);
+    for (int range : {0, 1}) {
+        for (Plain6 f : plain6) f(src.data(), dst.data(), 256, 64, 1, range);
+        for (Plain7 f : plain7) f(src.data(), dst.data(), 256, 64, 0, range, 0xFF);
+    }
     ZENK_SSE2_BGR32I_A8P(src.data(), dst.data(), 256);
     for (uint8_t b : dst) ASSERT_EQ(b, 0xC3);
 }

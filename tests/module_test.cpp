@@ -1,6 +1,5 @@
 // The shared library as a host loads it: start-up without a settings object,
 // and every export of the .def resolving by its undecorated name.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -10,15 +9,49 @@
 
 #include "zenk_transcoder.h"
 
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
+
 namespace {
 
-TEST(ModuleLoad, LoadsAndConvertsWithoutASettingsObject) {
+#if defined(_WIN32)
+// The library's own directory is searched for the settings library.
+void* Load() { return LoadLibraryExA(ZENK_LIBRARY_PATH, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH); }
+void* Symbol(void* library, const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
+}
+void Unload(void* library) { FreeLibrary(static_cast<HMODULE>(library)); }
+void SetSettingsMode(const char* mode) { _putenv_s("ZENK_HOST_SETTINGS", mode); }
+#else
+void* Load() { return dlopen(ZENK_LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL); }
+void* Symbol(void* library, const char* name) { return dlsym(library, name); }
+void Unload(void* library) { dlclose(library); }
+void SetSettingsMode(const char* mode) { setenv("ZENK_HOST_SETTINGS", mode, 1); }
+#endif
+
+#if defined(_WIN32)
+// Windows lets a library refuse its load: without a settings object it does.
+TEST(ModuleLoad, FailsWithoutASettingsObject) {
+    SetSettingsMode("none");
+    void* library = Load();
+    EXPECT_EQ(library, nullptr);
+    if (library != nullptr) Unload(library);
+    SetSettingsMode("");
+}
+#endif
+
+TEST(ModuleLoad, LoadsConvertsAndResolvesEveryExportByName) {
+#if !defined(_WIN32)
     // The default settings library returns no object with this setting; an
     // ELF library cannot refuse the load, so it must load and convert.
-    setenv("ZENK_HOST_SETTINGS", "none", 1);
-    void* library = dlopen(ZENK_LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(library, nullptr) << dlerror();
-    auto fill = reinterpret_cast<ZenkConvertFunction>(dlsym(library, "ZENK_SSE2_A8C_A8P_EX"));
+    SetSettingsMode("none");
+#endif
+    void* library = Load();
+    ASSERT_NE(library, nullptr);
+    auto fill = reinterpret_cast<ZenkConvertFunction>(Symbol(library, "ZENK_SSE2_A8C_A8P_EX"));
     ASSERT_NE(fill, nullptr);
     alignas(16) uint8_t plane[64] = {};
     ZenkConversionRequest r{};
@@ -39,10 +72,10 @@ TEST(ModuleLoad, LoadsAndConvertsWithoutASettingsObject) {
         std::smatch m;
         if (!std::regex_match(line, m, name)) continue;
         ++names;
-        EXPECT_NE(dlsym(library, m[1].str().c_str()), nullptr) << m[1];
+        EXPECT_NE(Symbol(library, m[1].str().c_str()), nullptr) << m[1];
     }
     EXPECT_GT(names, 0);
-    dlclose(library);
+    Unload(library);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "reference/rgb_alpha_reference.h"
 #include "rgb_alpha/rgb_alpha_kernels.h"
+#include "support/export_registry.h"
 #include "support/test_picture.h"
 
 namespace zenk::test {
@@ -82,6 +83,24 @@ const RgbCase kCases[] = {
 };
 
 void PrintTo(const RgbCase& c, std::ostream* os) { *os << c.name; }
+
+// The family's exports for the checks that run over every export.
+const Registration kRegistration([] {
+    std::vector<ExportUnderTest> exports;
+    for (const RgbCase& c : kCases) {
+        ExportUnderTest e;
+        e.name = std::string("ZENK_SSE2_") + c.name + "_EX";
+        e.convert = c.convert;
+        e.src = {c.src_bytes, false, 0, 1};
+        e.src_alpha = {c.src_alpha ? 1 : 0, false, 0, 1};
+        e.dst = {c.dst_bytes, false, 0, c.dst_bytes == 4 ? 4 : 1};
+        e.dst_alpha = {c.dst_alpha ? 1 : 0, false, 0, 1};
+        e.aligned_width_unit = 32;
+        e.reference = [reference = c.reference](const Request& r) { reference(r, 0); };
+        exports.push_back(e);
+    }
+    return exports;
+}());
 
 enum class Target { kAlignedKernel, kAnyKernel, kExport };
 

@@ -3,6 +3,11 @@
 #include <cstdlib>
 #include <sstream>
 
+#if !defined(_WIN32)
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
+
 namespace zenk::test {
 
 uint64_t TestSeed() {
@@ -17,6 +22,12 @@ uint64_t TestSeed() {
     return seed;
 }
 
+Rng::Rng(const uint8_t* script, size_t size) : script_(script), script_left_(size) {
+    uint64_t h = 1469598103934665603ull;
+    for (size_t i = 0; i < size; ++i) h = (h ^ script[i]) * 1099511628211ull;
+    engine_.seed(h);
+}
+
 uint32_t Rng::AlphaValue() {
     static const uint32_t kSpecial[] = {0u, 1u, 0x80u, 0xFFu, 0x100u, 0x1FFu, 0x7FFFu, 0x8000u, 0xFFFFu,
                                         0x00FF00FFu, 0x12345u, 0xFFFFFFFFu, 0x80000080u, 0x00800080u};
@@ -24,11 +35,75 @@ uint32_t Rng::AlphaValue() {
     return Next();
 }
 
-namespace {
-constexpr int64_t kGuard = 96;
+#if !defined(_WIN32)
+bool GuardPagesAvailable() { return true; }
+
+AlignedBytes AlignedBytes::BetweenGuardPages(size_t n) {
+    const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    const size_t inner = (n + page - 1) / page * page;
+    void* m = mmap(nullptr, inner + 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (m == MAP_FAILED) std::abort();
+    uint8_t* base = static_cast<uint8_t*>(m);
+    mprotect(base, page, PROT_NONE);
+    mprotect(base + page + inner, page, PROT_NONE);
+    AlignedBytes b;
+    b.mapping_ = base + page;
+    b.mapping_bytes_ = inner + 2 * page;
+    b.size_ = inner;
+    return b;
 }
 
+AlignedBytes::~AlignedBytes() {
+    if (mapping_) munmap(mapping_ - (mapping_bytes_ - size_) / 2, mapping_bytes_);
+}
+#else
+bool GuardPagesAvailable() { return false; }
+AlignedBytes AlignedBytes::BetweenGuardPages(size_t n) { return AlignedBytes(n); }
+AlignedBytes::~AlignedBytes() = default;
+#endif
+
+namespace {
+constexpr int64_t kGuard = 96;
+
+// The bytes a plane's lines span, relative to its first line: top-down lines
+// go up in memory, bottom-up ones down, and the extra lines (a chroma
+// plane) follow `lines` lines after the first.
+void LineSpan(const PlaneShape& s, int64_t* low, int64_t* high) {
+    const int64_t pitch = s.pitch, lines = s.lines, extra = s.extra_lines;
+    if (lines + extra == 0) {
+        *low = 0;
+        *high = 0;
+        return;
+    }
+    if (!s.bottom_up) {
+        *low = 0;
+        *high = (lines + extra - 1) * pitch + s.line_bytes;
+    } else {
+        *low = -(lines - 1) * pitch;
+        *high = (extra ? lines * pitch : 0) + s.line_bytes;
+        if (lines == 0) *low = 0;
+    }
+}
+}  // namespace
+
 GuardedPlane::GuardedPlane(Rng& rng, const PlaneShape& shape) : shape_(shape) {
+    if (shape.guard_page != GuardPage::kNone && GuardPagesAvailable()) {
+        int64_t low = 0, high = 0;
+        LineSpan(shape, &low, &high);
+        const size_t span = static_cast<size_t>(high - low);
+        bytes_ = AlignedBytes::BetweenGuardPages(span + 64);
+        for (uint8_t& b : bytes_) b = rng.Byte();
+        const size_t align = shape.alignment ? shape.alignment : 1;
+        if (shape.guard_page == GuardPage::kBeforeStart) {
+            // The lowest byte of the span on the page boundary, rounded up to
+            // the line alignment.
+            first_ = (static_cast<size_t>(-low) + align - 1) / align * align;
+        } else {
+            // The span's end on the boundary, rounded down to the alignment.
+            first_ = (bytes_.size() - static_cast<size_t>(high)) / align * align;
+        }
+        return;
+    }
     const int64_t pitch = shape.pitch;
     const int64_t total_lines = static_cast<int64_t>(shape.lines) + shape.extra_lines;
     // Room for the lines in either direction, for the drift of kernels that

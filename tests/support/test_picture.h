@@ -25,10 +25,13 @@ uint64_t TestSeed();
 class Rng {
 public:
     explicit Rng(uint64_t salt) : engine_(TestSeed() ^ (salt * 0x9E3779B97F4A7C15ull)) {}
-    uint32_t Next() { return static_cast<uint32_t>(engine_()); }
+    // Choices drawn from `script` first (a fuzzer's input), then from a
+    // generator seeded by it; picture bytes always come from the generator.
+    Rng(const uint8_t* script, size_t size);
+    uint32_t Next() { return static_cast<uint32_t>(Draw()); }
     // Uniform in [lo, hi].
     int32_t Uniform(int32_t lo, int32_t hi) {
-        return lo + static_cast<int32_t>(engine_() % static_cast<uint64_t>(static_cast<int64_t>(hi) - lo + 1));
+        return lo + static_cast<int32_t>(Draw() % static_cast<uint64_t>(static_cast<int64_t>(hi) - lo + 1));
     }
     bool Chance(int percent) { return Uniform(0, 99) < percent; }
     uint8_t Byte() { return static_cast<uint8_t>(engine_()); }
@@ -39,7 +42,15 @@ public:
     uint32_t AlphaValue();
 
 private:
+    uint64_t Draw() {
+        if (script_left_ == 0) return engine_();
+        uint64_t v = 0;
+        for (int i = 0; i < 4 && script_left_ > 0; ++i, --script_left_) v = v << 8 | *script_++;
+        return v;
+    }
     std::mt19937_64 engine_;
+    const uint8_t* script_ = nullptr;
+    size_t script_left_ = 0;
 };
 
 // The memory of one plane: `lines` lines of `line_bytes` at `pitch` apart,
@@ -47,6 +58,11 @@ private:
 // lines after them (the chroma plane of Y8PUV8I), and generous room on
 // both sides that must come out of a conversion unchanged. The first line's
 // address is `residue` bytes past a 64-byte boundary.
+// Where an inaccessible page sits: none (guard room of ordinary memory on
+// both sides), right after the last byte the plane's lines span, or right
+// before the first. A kernel that reads or writes past its lines faults.
+enum class GuardPage { kNone, kAfterEnd, kBeforeStart };
+
 struct PlaneShape {
     int32_t line_bytes = 0;
     int32_t lines = 0;
@@ -54,6 +70,8 @@ struct PlaneShape {
     bool bottom_up = false;
     uint32_t residue = 0;
     int32_t extra_lines = 0;
+    GuardPage guard_page = GuardPage::kNone;
+    uint32_t alignment = 1;  // with a guard page: line starts are multiples of this
 };
 
 // Bytes whose first element sits on a 64-byte boundary, in copies too, so
@@ -62,20 +80,31 @@ class AlignedBytes {
 public:
     AlignedBytes() = default;
     explicit AlignedBytes(size_t n) { resize(n); }
+    // Bytes between two inaccessible pages (where the system offers them):
+    // data() is page-aligned and data() + size() is the start of a page.
+    static AlignedBytes BetweenGuardPages(size_t n);
+    ~AlignedBytes();
     AlignedBytes(const AlignedBytes& o) : AlignedBytes(o.size_) { std::copy(o.data(), o.data() + size_, data()); }
     AlignedBytes& operator=(const AlignedBytes& o) {
         if (this != &o) { resize(o.size_); std::copy(o.data(), o.data() + size_, data()); }
         return *this;
     }
-    AlignedBytes(AlignedBytes&&) = default;
-    AlignedBytes& operator=(AlignedBytes&&) = default;
+    AlignedBytes(AlignedBytes&& o) noexcept { *this = std::move(o); }
+    AlignedBytes& operator=(AlignedBytes&& o) noexcept {
+        std::swap(storage_, o.storage_);
+        std::swap(base_, o.base_);
+        std::swap(size_, o.size_);
+        std::swap(mapping_, o.mapping_);
+        std::swap(mapping_bytes_, o.mapping_bytes_);
+        return *this;
+    }
     void resize(size_t n) {
         size_ = n;
         storage_.assign(n + 64, 0);
         base_ = (64 - (reinterpret_cast<uintptr_t>(storage_.data()) & 63u)) & 63u;
     }
-    uint8_t* data() { return storage_.data() + base_; }
-    const uint8_t* data() const { return storage_.data() + base_; }
+    uint8_t* data() { return mapping_ ? mapping_ : storage_.data() + base_; }
+    const uint8_t* data() const { return mapping_ ? mapping_ : storage_.data() + base_; }
     size_t size() const { return size_; }
     uint8_t& operator[](size_t i) { return data()[i]; }
     const uint8_t& operator[](size_t i) const { return data()[i]; }
@@ -86,7 +115,12 @@ private:
     std::vector<uint8_t> storage_;
     size_t base_ = 0;
     size_t size_ = 0;
+    uint8_t* mapping_ = nullptr;  // page-guarded memory, when used
+    size_t mapping_bytes_ = 0;
 };
+
+// Whether this system can place planes against inaccessible pages.
+bool GuardPagesAvailable();
 
 class GuardedPlane {
 public:

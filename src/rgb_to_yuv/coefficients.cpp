@@ -1,0 +1,108 @@
+#include "coefficients.h"
+
+#include "frame/host_option.h"
+
+namespace zenk::rgb_to_yuv {
+namespace {
+
+// One weight set in 15-bit fixed point (32768 = 1.0).
+struct WeightSet {
+    int16_t kr, kg, kb;        // luma
+    int16_t cb_b, cb_g, cb_r;  // Cb
+    int16_t cr_r, cr_g, cr_b;  // Cr
+};
+
+// Where the numbers come from:
+//  - Luma weights: BT.601 0.299, 0.587, 0.114; BT.709 0.2126, 0.7152, 0.0722.
+//    Cb = 0.5 (B - Y) / (1 - Kb), Cr = 0.5 (R - Y) / (1 - Kr).
+//  - Studio sets: luma scaled by 219/255 (0..255 becomes 0..219, plus the
+//    offset 16), chroma by 224/255 (14392 = 0.5 * 224/255 * 32768, rounded).
+//  - Full-swing chroma: 256/255 (16448 = 0.5 * 256/255 * 32768, rounded down).
+//  - Full-range luma: the plain weights (sum 32768), except BT.601 with
+//    full-swing chroma, whose weights are scaled by 255/256 (sum 32640) so
+//    that its white is 254 while BT.709 reaches 255. The asymmetry is how
+//    hosts expect the two matrices to encode and is kept as it is.
+//  - Every Cb row sums to 0; the studio Cr rows sum to +1 (BT.601) and -1
+//    (BT.709), which the rounding absorbs for every 8-bit input.
+constexpr WeightSet kBt601Studio{8414, 16519, 3208, 14392, -9535, -4857, 14392, -12051, -2340};
+constexpr WeightSet kBt601FullSwingChroma{9759, 19160, 3721, 16448, -10897, -5551, 16448, -13773, -2675};
+constexpr WeightSet kBt601StudioChroma{9798, 19235, 3735, 14392, -9535, -4857, 14392, -12051, -2340};
+constexpr WeightSet kBt709Studio{5983, 20127, 2032, 14392, -11094, -3298, 14392, -13073, -1320};
+constexpr WeightSet kBt709FullSwingChroma{6966, 23436, 2366, 16448, -12679, -3769, 16448, -14940, -1508};
+constexpr WeightSet kBt709StudioChroma{6966, 23436, 2366, 14392, -11094, -3298, 14392, -13073, -1320};
+
+// A set as the kernels use it: word quads repeated twice, to be multiplied
+// with a pixel pair arranged as (B0, G0, R0, B1) and (R0, B1, G1, R1).
+struct alignas(16) VectorSet {
+    int16_t luma_a[8];          // (Kb, Kg, 0, Kb)
+    int16_t luma_b[8];          // (Kr, 0, Kg, Kr)
+    int16_t point_chroma_a[8];  // (CbB, CbG, 0, CrB): Cb of pixel 0, Cr of pixel 1
+    int16_t point_chroma_b[8];  // (CbR, 0, CrG, CrR)
+    int16_t cb_a[8];            // per pixel: (CbB, CbG, 0, CbB)
+    int16_t cb_b[8];            //            (CbR, 0, CbG, CbR)
+    int16_t cr_a[8];            //            (CrB, CrG, 0, CrB)
+    int16_t cr_b[8];            //            (CrR, 0, CrG, CrR)
+};
+
+constexpr VectorSet Vectors(const WeightSet& w) {
+    VectorSet v{};
+    auto quad = [](int16_t (&out)[8], int16_t a, int16_t b, int16_t c, int16_t d) {
+        for (int i = 0; i < 8; i += 4) {
+            out[i] = a;
+            out[i + 1] = b;
+            out[i + 2] = c;
+            out[i + 3] = d;
+        }
+    };
+    quad(v.luma_a, w.kb, w.kg, 0, w.kb);
+    quad(v.luma_b, w.kr, 0, w.kg, w.kr);
+    quad(v.point_chroma_a, w.cb_b, w.cb_g, 0, w.cr_b);
+    quad(v.point_chroma_b, w.cb_r, 0, w.cr_g, w.cr_r);
+    quad(v.cb_a, w.cb_b, w.cb_g, 0, w.cb_b);
+    quad(v.cb_b, w.cb_r, 0, w.cb_g, w.cb_r);
+    quad(v.cr_a, w.cr_b, w.cr_g, 0, w.cr_b);
+    quad(v.cr_b, w.cr_r, 0, w.cr_g, w.cr_r);
+    return v;
+}
+
+constexpr VectorSet kVectors[2][3] = {
+    // BT.709: studio, full range with full-swing chroma, full range with studio chroma.
+    {Vectors(kBt709Studio), Vectors(kBt709FullSwingChroma), Vectors(kBt709StudioChroma)},
+    // BT.601.
+    {Vectors(kBt601Studio), Vectors(kBt601FullSwingChroma), Vectors(kBt601StudioChroma)},
+};
+
+inline void Copy(__m128i* target, const int16_t (&words)[8]) {
+    _mm_store_si128(target, _mm_load_si128(reinterpret_cast<const __m128i*>(words)));
+}
+
+}  // namespace
+
+void SetupRgbToYuvCoefficients(RgbToYuvCoefficients* c) {
+    if (c->bitDepth == 8) {
+        int column = 0;
+        if (c->fullRange == 0) {
+            _mm_store_si128(c->lumaOffset, _mm_set1_epi16(16));
+        } else {
+            _mm_store_si128(c->lumaOffset, _mm_setzero_si128());
+            column = QueryHostOption() != 0 ? 1 : 2;
+        }
+        const VectorSet& v = kVectors[c->matrix == 1 ? 1 : 0][column];
+        Copy(c->lumaWeightsA, v.luma_a);
+        Copy(c->lumaWeightsB, v.luma_b);
+        if (c->pointSampledChroma) {
+            Copy(c->chromaWeightsA, v.point_chroma_a);
+            Copy(c->chromaWeightsB, v.point_chroma_b);
+        } else {
+            Copy(c->chromaWeightsA, v.cb_a);
+            Copy(c->chromaWeightsB, v.cb_b);
+            Copy(c->chromaWeightsC, v.cr_a);
+            Copy(c->chromaWeightsD, v.cr_b);
+        }
+    }
+    // Chroma has no clamp of its own: the kernels only saturate it to 0..255.
+    _mm_store_si128(c->lumaMin, _mm_set1_epi16(c->clampLuma ? 16 : 0));
+    _mm_store_si128(c->lumaMax, _mm_set1_epi16(c->clampLuma ? 235 : 255));
+}
+
+}  // namespace zenk::rgb_to_yuv

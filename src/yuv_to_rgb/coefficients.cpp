@@ -1,0 +1,59 @@
+#include "coefficients.h"
+
+#include "frame/host_option.h"
+
+namespace zenk::yuv_to_rgb {
+namespace {
+
+// Four copies of the word pair (low, high), for a multiply-add of
+// interleaved word pairs.
+__m128i Pairs(int16_t low, int16_t high) {
+    return _mm_set1_epi32(static_cast<int>(static_cast<uint32_t>(static_cast<uint16_t>(low)) |
+                                           static_cast<uint32_t>(static_cast<uint16_t>(high)) << 16));
+}
+
+void WriteChroma(const YuvToRgbCoefficients& block, const ChromaSet& set) {
+    *block.blueCoef = Pairs(set.cb_to_b, set.cr_to_b);
+    *block.redCoef = Pairs(set.cb_to_r, set.cr_to_r);
+    *block.greenCoef = Pairs(set.cb_to_g, set.cr_to_g);
+}
+
+}  // namespace
+
+void SetupYuvToRgbCoefficients(YuvToRgbCoefficients* block) {
+    if (block->bitDepth == 8) {
+        const bool bt601 = block->matrix == 1;
+        if (!block->fullRangeLuma) {
+            *block->lumaOffset = _mm_set1_epi16(kStudioLumaOffset);
+            *block->lumaGain = Pairs(kStudioLumaGain, 0);
+            WriteChroma(*block, bt601 ? kBt601Studio : kBt709Studio);
+        } else {
+            *block->lumaOffset = _mm_setzero_si128();
+            *block->lumaGain = Pairs(kFullRangeLumaGain, 0);
+            // The host decides whether full-range material carries full-swing
+            // chroma; it is asked at every full-range conversion.
+            const bool full_swing = QueryHostOption() != 0;
+            if (bt601)
+                WriteChroma(*block, full_swing ? kBt601FullSwing : kBt601Studio);
+            else
+                WriteChroma(*block, full_swing ? kBt709FullSwing : kBt709Studio);
+        }
+    } else {
+        // No kernel asks for another depth; zero gain and chroma decode every
+        // pixel to black rather than to leftover stack contents. The offset
+        // stays as the caller left it.
+        *block->lumaGain = _mm_setzero_si128();
+        *block->blueCoef = _mm_setzero_si128();
+        *block->redCoef = _mm_setzero_si128();
+        *block->greenCoef = _mm_setzero_si128();
+    }
+    if (block->clampLuma) {
+        *block->clampLow = _mm_set1_epi16(16);
+        *block->clampHigh = _mm_set1_epi16(235);
+    } else {
+        *block->clampLow = _mm_setzero_si128();
+        *block->clampHigh = _mm_set1_epi16(255);
+    }
+}
+
+}  // namespace zenk::yuv_to_rgb

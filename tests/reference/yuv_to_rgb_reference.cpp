@@ -1,0 +1,128 @@
+#include "yuv_to_rgb_reference.h"
+
+#include <algorithm>
+
+#include "support/test_picture.h"
+
+namespace zenk::test {
+
+DecodingNumbers ReferenceNumbers(const ZenkConversionRequest& r, int32_t host_answer) {
+    // Chroma sets as (Cb->B, Cr->R, Cb->G, Cr->G) at 13 fractional bits.
+    static const int32_t kSets[4][4] = {
+        {16525, 13075, -3209, -6660},  // BT.601 studio
+        {17305, 14686, -1747, -4366},  // BT.709 studio
+        {14460, 11440, -2808, -5827},  // BT.601 full swing
+        {15142, 12850, -1529, -3820},  // BT.709 full swing
+    };
+    const int matrix = r.dst_matrix == 1 ? 0 : 1;
+    const bool full_swing = r.full_range && host_answer != 0;
+    const int32_t* set = kSets[matrix + (full_swing ? 2 : 0)];
+    DecodingNumbers n{};
+    n.offset = r.full_range ? 0 : 16;
+    n.gain = r.full_range ? 16384 : 19073;
+    n.cb_to_b = set[0];
+    n.cr_to_r = set[1];
+    n.cb_to_g = set[2];
+    n.cr_to_g = set[3];
+    n.clamp_low = r.clamp_luma ? 16 : 0;
+    n.clamp_high = r.clamp_luma ? 235 : 255;
+    return n;
+}
+
+namespace {
+
+int SaturateByte(int64_t v) {
+    const int64_t word = std::clamp<int64_t>(v, -32768, 32767);
+    return static_cast<int>(std::clamp<int64_t>(word, 0, 255));
+}
+
+// Floor division by 2^14 of a possibly negative sum.
+int64_t Shift14(int64_t v) { return v >= 0 ? v / 16384 : -((-v + 16383) / 16384); }
+
+}  // namespace
+
+void ReferenceDecodePixel(const DecodingNumbers& n, int y, int cb, int cr, bool odd, uint8_t bgr[3]) {
+    int32_t yd = std::clamp(y, n.clamp_low, n.clamp_high) - n.offset;
+    if (!odd) yd &= 0xFF;  // even pixels keep the low byte of their Yd only
+    const int64_t luma = int64_t{yd} * n.gain + 8192;
+    const int64_t c_b = 2 * (cb - 128), c_r = 2 * (cr - 128);
+    bgr[0] = static_cast<uint8_t>(SaturateByte(Shift14(c_b * n.cb_to_b + c_r * n.cr_to_b + luma)));
+    bgr[1] = static_cast<uint8_t>(SaturateByte(Shift14(c_b * n.cb_to_g + c_r * n.cr_to_g + luma)));
+    bgr[2] = static_cast<uint8_t>(SaturateByte(Shift14(c_b * n.cb_to_r + c_r * n.cr_to_r + luma)));
+}
+
+namespace {
+
+struct LineSources {
+    const uint8_t* pixels;  // packed line or luma line
+    const uint8_t* chroma;
+    const uint8_t* alpha;
+};
+
+uint8_t AlphaWord(uint32_t alpha_value, bool high) {
+    const int16_t word = static_cast<int16_t>(high ? alpha_value >> 16 : alpha_value & 0xFFFF);
+    return static_cast<uint8_t>(std::clamp<int>(word, 0, 255));
+}
+
+void ConvertLine(const ZenkConversionRequest& r, YuvDecoding d, const DecodingNumbers& n, LineSources s,
+                 uint8_t* dst, int32_t count) {
+    const int bytes = d.fourth == FourthByte::kNone ? 3 : 4;
+    for (int32_t x = 0; x < count; ++x) {
+        const int32_t pair = x / 2;
+        const bool odd = x % 2 != 0;
+        const uint8_t* q = s.pixels + 4 * pair;
+        int y = 0, cb = 0, cr = 0;
+        switch (d.layout) {
+            case YuvLayout::kUyvy: cb = q[0], y = q[odd ? 3 : 1], cr = q[2]; break;
+            case YuvLayout::kYuyv: y = q[odd ? 2 : 0], cb = q[1], cr = q[3]; break;
+            case YuvLayout::kUvyy: cb = q[0], cr = q[1], y = q[odd ? 3 : 2]; break;
+            case YuvLayout::kPlanar: y = s.pixels[x], cb = s.chroma[2 * pair], cr = s.chroma[2 * pair + 1]; break;
+        }
+        uint8_t* px = dst + bytes * x;
+        ReferenceDecodePixel(n, y, cb, cr, odd, px);
+        switch (d.fourth) {
+            case FourthByte::kWordAlpha: px[3] = AlphaWord(r.alpha_value, false); break;
+            case FourthByte::kDwordAlpha: px[3] = AlphaWord(r.alpha_value, odd); break;
+            case FourthByte::kAlphaPlane: px[3] = s.alpha[x]; break;
+            case FourthByte::kNone: break;
+        }
+    }
+}
+
+int64_t ChromaDistance(const ZenkConversionRequest& r) { return int64_t{r.src_stride} * r.src_height; }
+
+}  // namespace
+
+void ReferenceYuvToRgb(const ZenkConversionRequest& r, YuvDecoding d, int aligned_block, int32_t host_answer) {
+    const DecodingNumbers n = ReferenceNumbers(r, host_answer);
+    const int32_t width = std::max(r.width, 0);
+    const int32_t count = aligned_block ? width / aligned_block * aligned_block : width & ~1;
+    const bool planar = d.layout == YuvLayout::kPlanar;
+    LineSources s{r.src_plane, planar ? Step(r.src_plane, ChromaDistance(r)) : nullptr, r.src_alpha_plane};
+    uint8_t* dst = r.dst_plane;
+    const int out = d.fourth == FourthByte::kNone ? 3 : 4;
+    for (int32_t line = 0; line < r.src_height; ++line) {
+        ConvertLine(r, d, n, s, dst, count);
+        s.pixels = Step(s.pixels, int64_t{count} * (planar ? 1 : 2) + r.src_skip);
+        if (planar) s.chroma = Step(s.chroma, int64_t{count} + r.src_skip);
+        if (d.fourth == FourthByte::kAlphaPlane) s.alpha = Step(s.alpha, int64_t{count} + r.src_alpha_skip);
+        dst = Step(dst, int64_t{count} * out + r.dst_skip);
+    }
+}
+
+void ReferenceYuvToRgbPairModes(const ZenkConversionRequest& r, YuvDecoding d, int32_t host_answer) {
+    const DecodingNumbers n = ReferenceNumbers(r, host_answer);
+    if (r.scan_mode != 1 && r.scan_mode != 2) return;  // no line count: nothing converted
+    const int64_t k = r.vertical_mode == 1 ? 2 : 4;
+    const int64_t direction = r.src_skip < 0 ? -1 : 1;
+    const int64_t second = direction * (r.src_field_pair ? 1 : k) * r.src_stride;
+    const int64_t advance = r.src_skip + direction * 2 * k * r.src_stride;
+    const int32_t count = std::max(r.width, 0) & ~1;
+    for (int32_t line = 0; line < r.dst_height; ++line) {
+        const uint8_t* src = Step(r.src_plane, (line % 2 ? second : 0) + (line / 2) * advance);
+        const LineSources s{src, Step(src, ChromaDistance(r)), nullptr};
+        ConvertLine(r, d, n, s, Step(r.dst_plane, int64_t{line} * r.dst_skip), count);
+    }
+}
+
+}  // namespace zenk::test

@@ -1,0 +1,264 @@
+#include "yuv_to_yuv_reference.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "support/test_picture.h"
+
+namespace zenk::test {
+namespace {
+
+// ---- Coefficients from first principles ------------------------------------------------
+
+struct Standard {
+    double kr, kb;
+};
+constexpr Standard kBt601{0.299, 0.114}, kBt709{0.2126, 0.0722};
+
+// (Y, Cb, Cr) with Y in 0..1 and chroma in -0.5..0.5, through RGB, into the
+// other standard.
+void Convert(const Standard& from, const Standard& to, const double in[3], double out[3]) {
+    const double r = in[0] + 2 * (1 - from.kr) * in[2];
+    const double b = in[0] + 2 * (1 - from.kb) * in[1];
+    const double g = (in[0] - from.kr * r - from.kb * b) / (1 - from.kr - from.kb);
+    out[0] = to.kr * r + (1 - to.kr - to.kb) * g + to.kb * b;
+    out[1] = (b - out[0]) / (2 * (1 - to.kb));
+    out[2] = (r - out[0]) / (2 * (1 - to.kr));
+}
+
+MatrixChangeModel Derive(const Standard& from, const Standard& to) {
+    int c[3][2];
+    for (int column = 0; column < 2; ++column) {
+        const double unit[3] = {0, column == 0 ? 1.0 : 0.0, column == 1 ? 1.0 : 0.0};
+        double out[3];
+        Convert(from, to, unit, out);
+        // Luma codes span 219 steps, chroma codes 224.
+        c[0][column] = static_cast<int>(std::lround(out[0] * 16384 * 219 / 224));
+        c[1][column] = static_cast<int>(std::lround(out[1] * 16384));
+        c[2][column] = static_cast<int>(std::lround(out[2] * 16384));
+    }
+    return {c[0][0], c[0][1], c[1][0], c[1][1], c[2][0], c[2][1]};
+}
+
+int16_t Wrap16(int v) { return static_cast<int16_t>(static_cast<uint16_t>(v)); }
+
+uint8_t SaturateByte(int v) { return static_cast<uint8_t>(std::clamp(v, 0, 255)); }
+
+// A pair's values before rounding: clamped luma, and the three sums with 8
+// fractional bits saturated to 16 bits.
+struct Unrounded {
+    int y0, y1;
+    int16_t dy, cb, cr;
+};
+
+struct Arithmetic {
+    MatrixChangeModel set;
+    int low, high;
+
+    Arithmetic(int32_t src_matrix, int32_t dst_matrix, bool clamp)
+        : set(ReferenceMatrixChangeSet(src_matrix, dst_matrix)), low(clamp ? 16 : 0), high(clamp ? 235 : 255) {}
+
+    int ClampLuma(int y) const { return std::clamp(y, low, high); }
+
+    static int16_t Sum(int a, int cb, int b, int cr) {
+        const int32_t s = (a * cb + b * cr) >> 6;
+        return static_cast<int16_t>(std::clamp(s, -32768, 32767));
+    }
+
+    Unrounded Products(const YuvPairValues& p) const {
+        const int cb = p.cb - 128, cr = p.cr - 128;
+        return {ClampLuma(p.y0), ClampLuma(p.y1), Sum(set.luma_cb, cb, set.luma_cr, cr),
+                Sum(set.cb_cb, cb, set.cb_cr, cr), Sum(set.cr_cb, cb, set.cr_cr, cr)};
+    }
+
+    YuvPairValues Finish(const Unrounded& u, int dy0, int dy1, int cb, int cr) const {
+        return {SaturateByte(ClampLuma(u.y0 + dy0)), SaturateByte(ClampLuma(u.y1 + dy1)), SaturateByte(cb + 128),
+                SaturateByte(cr + 128)};
+    }
+
+    static int Own(int16_t v) { return ReferenceRound(v, v >= 0); }
+
+    YuvPairValues Pair(const YuvPairValues& p) const {
+        const Unrounded u = Products(p);
+        const int dy = Own(u.dy);
+        return Finish(u, dy, dy, Own(u.cb), Own(u.cr));
+    }
+
+    // Pairs k and k + 4 of a 16-pixel group share a lane: the second takes
+    // its +128 step from the first's sign. With `crossed`, the first pair's
+    // luma takes the second's correction and the second's luma skips the
+    // -128 step.
+    void Group(YuvPairValues p[8], bool crossed) const {
+        for (int k = 0; k < 4; ++k) {
+            const Unrounded a = Products(p[k]), b = Products(p[k + 4]);
+            const int cb_a = Own(a.cb), cr_a = Own(a.cr);
+            const int cb_b = ReferenceRound(b.cb, a.cb >= 0), cr_b = ReferenceRound(b.cr, a.cr >= 0);
+            const int dy_b = ReferenceRound(b.dy, a.dy >= 0);
+            int luma_a = Own(a.dy), luma_b = dy_b;
+            if (crossed) {
+                luma_a = dy_b;
+                luma_b = Wrap16(b.dy + (a.dy >= 0 ? 128 : 0)) >> 8;
+            }
+            p[k] = Finish(a, luma_a, luma_a, cb_a, cr_a);
+            p[k + 4] = Finish(b, luma_b, luma_b, cb_b, cr_b);
+        }
+    }
+};
+
+// ---- Layouts ---------------------------------------------------------------------------------
+
+YuvPairValues Read(YuvLayout l, const uint8_t* b) {
+    switch (l) {
+        case YuvLayout::kUyvy: return {b[1], b[3], b[0], b[2]};
+        case YuvLayout::kYuyv: return {b[0], b[2], b[1], b[3]};
+        case YuvLayout::kUvyy: return {b[2], b[3], b[0], b[1]};
+    }
+    return {};
+}
+
+void Write(YuvLayout l, uint8_t* b, const YuvPairValues& p) {
+    uint8_t out[4] = {};
+    switch (l) {
+        case YuvLayout::kUyvy: out[0] = p.cb, out[1] = p.y0, out[2] = p.cr, out[3] = p.y1; break;
+        case YuvLayout::kYuyv: out[0] = p.y0, out[1] = p.cb, out[2] = p.y1, out[3] = p.cr; break;
+        case YuvLayout::kUvyy: out[0] = p.cb, out[1] = p.cr, out[2] = p.y0, out[3] = p.y1; break;
+    }
+    for (int i = 0; i < 4; ++i) b[i] = out[i];
+}
+
+int DestinationBytesPerPair(YuvOperation op) {
+    switch (op) {
+        case YuvOperation::kSplit: return 2;  // on each plane
+        case YuvOperation::kWiden: return 8;
+        default: return 4;
+    }
+}
+
+bool IsMatrix(YuvOperation op) { return op == YuvOperation::kMatrix || op == YuvOperation::kSharedMatrix; }
+
+bool Aligned16(const void* p) { return (reinterpret_cast<uintptr_t>(p) & 15u) == 0; }
+bool Multiple(int32_t v, uint32_t unit) { return static_cast<uint32_t>(v) % unit == 0; }
+
+}  // namespace
+
+MatrixChangeModel ReferenceMatrixChangeSet(int32_t src_matrix, int32_t dst_matrix) {
+    return (src_matrix == 1 && dst_matrix == 0) ? Derive(kBt601, kBt709) : Derive(kBt709, kBt601);
+}
+
+int ReferenceRound(int16_t value, bool add_half) {
+    int16_t v = Wrap16(value + (add_half ? 128 : 0));
+    if (v < 0) v = Wrap16(v - 128);
+    return v >> 8;
+}
+
+YuvPairValues ReferenceChangePair(YuvPairValues in, int32_t src_matrix, int32_t dst_matrix, bool clamp_luma) {
+    return Arithmetic(src_matrix, dst_matrix, clamp_luma).Pair(in);
+}
+
+void ReferenceYuvKernel(const ZenkConversionRequest& r, const YuvKernelModel& k, bool aligned_kernel) {
+    const Arithmetic math(r.src_matrix, r.dst_matrix, r.clamp_luma != 0);
+    const int out_bytes = DestinationBytesPerPair(k.operation);
+    const int group_pairs = k.operation == YuvOperation::kWiden ? 4 : 8;
+    const int head_pair_bytes = k.operation == YuvOperation::kWiden ? 8 : 4;
+    const uint8_t* src = r.src_plane;
+    uint8_t* dst = r.dst_plane;
+    uint8_t* chroma = Step(r.dst_plane, int64_t{r.dst_stride} * r.dst_height);
+    const int32_t pairs_in_line = std::max(r.width, 0) / 2;
+
+    for (int32_t line = 0; line < r.src_height; ++line) {
+        // Which pairs go through groups: [group_begin, group_end).
+        int32_t pairs = pairs_in_line, group_begin = 0, group_end = 0;
+        if (aligned_kernel) {
+            pairs = std::max(r.width, 0) / (2 * group_pairs) * group_pairs;
+            group_end = pairs;
+        } else if (r.width >= 16) {
+            const uint32_t residue = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(dst) & 15u);
+            group_begin = residue ? static_cast<int32_t>(16 - residue) / head_pair_bytes : 0;
+            group_end = group_begin + (pairs_in_line - group_begin) / group_pairs * group_pairs;
+        }
+        std::vector<YuvPairValues> values(static_cast<size_t>(pairs));
+        for (int32_t i = 0; i < pairs; ++i) {
+            const uint8_t* in = src + 4 * i;
+            switch (k.operation) {
+                case YuvOperation::kCopy:
+                    for (int b = 0; b < 4; ++b) dst[4 * i + b] = in[b];
+                    break;
+                case YuvOperation::kReorder: Write(k.written_as, dst + 4 * i, Read(k.read_as, in)); break;
+                case YuvOperation::kSplit: {
+                    const YuvPairValues p = Read(YuvLayout::kUyvy, in);
+                    dst[2 * i] = p.y0;
+                    dst[2 * i + 1] = p.y1;
+                    chroma[2 * i] = p.cb;
+                    chroma[2 * i + 1] = p.cr;
+                    break;
+                }
+                case YuvOperation::kWiden: {
+                    const YuvPairValues p = Read(YuvLayout::kUyvy, in);
+                    const uint8_t alpha = static_cast<uint8_t>(r.alpha_value);
+                    const uint8_t pixels[8] = {p.cr, p.cb, p.y0, alpha, p.cr, p.cb, p.y1, alpha};
+                    for (int b = 0; b < 8; ++b) dst[8 * i + b] = pixels[b];
+                    break;
+                }
+                case YuvOperation::kMatrix:
+                case YuvOperation::kSharedMatrix: values[static_cast<size_t>(i)] = Read(k.read_as, in); break;
+            }
+        }
+        if (IsMatrix(k.operation)) {
+            for (int32_t i = 0; i < pairs;) {
+                if (i >= group_begin && i < group_end) {
+                    math.Group(&values[static_cast<size_t>(i)], k.operation == YuvOperation::kSharedMatrix);
+                    i += 8;
+                } else {
+                    values[static_cast<size_t>(i)] = math.Pair(values[static_cast<size_t>(i)]);
+                    i += 1;
+                }
+            }
+            for (int32_t i = 0; i < pairs; ++i) Write(k.written_as, dst + 4 * i, values[static_cast<size_t>(i)]);
+        }
+        src = Step(src, int64_t{4} * pairs + r.src_skip);
+        dst = Step(dst, int64_t{out_bytes} * pairs + r.dst_skip);
+        chroma = Step(chroma, int64_t{2} * pairs + r.dst_skip);
+    }
+}
+
+void ReferenceYuvExport(const ZenkConversionRequest& r, YuvExport e) {
+    auto side = [](const uint8_t* plane, int32_t stride, int32_t width, uint32_t stride_unit, uint32_t width_unit) {
+        return Aligned16(plane) && Multiple(stride, stride_unit) && Multiple(width, width_unit);
+    };
+    auto both = [&](uint32_t unit) {
+        return side(r.dst_plane, r.dst_stride, r.width, unit, 16) &&
+               side(r.src_plane, r.src_stride, r.src_width, unit, 16);
+    };
+    const bool same = r.src_matrix == r.dst_matrix;
+    const bool destination16 = side(r.dst_plane, r.dst_stride, r.width, 16, 16);
+    using L = YuvLayout;
+    using O = YuvOperation;
+    switch (e) {
+        case YuvExport::kUyvyToUyvy:
+            return ReferenceYuvKernel(
+                r, same ? YuvKernelModel{O::kCopy} : YuvKernelModel{O::kMatrix, L::kUyvy, L::kUyvy}, both(32));
+        case YuvExport::kYuyvToYuyv:
+            if (same) return ReferenceYuvExport(r, YuvExport::kUyvyToUyvy);
+            return ReferenceYuvKernel(r, {O::kMatrix, L::kYuyv, L::kYuyv}, both(32));
+        case YuvExport::kUyvyToYuyv:
+            return ReferenceYuvKernel(r, {same ? O::kReorder : O::kMatrix, L::kUyvy, L::kYuyv}, both(32));
+        case YuvExport::kYuyvToUyvy:
+            if (same) return ReferenceYuvExport(r, YuvExport::kUyvyToYuyv);
+            return ReferenceYuvKernel(r, {O::kMatrix, L::kYuyv, L::kUyvy}, both(16));
+        case YuvExport::kUvyyToUyvy:
+        case YuvExport::kUyvyToUvyy: {
+            const YuvKernelModel reorder = e == YuvExport::kUvyyToUyvy
+                                               ? YuvKernelModel{O::kReorder, L::kUvyy, L::kUyvy}
+                                               : YuvKernelModel{O::kReorder, L::kUyvy, L::kUvyy};
+            if (!same) return ReferenceYuvKernel(r, {O::kSharedMatrix}, destination16);
+            return ReferenceYuvKernel(r, destination16 ? reorder : YuvKernelModel{O::kCopy}, destination16);
+        }
+        case YuvExport::kUyvyToY8puv8:
+            return ReferenceYuvKernel(r, {same ? O::kSplit : O::kSharedMatrix}, destination16);
+        case YuvExport::kUyvyToV8u8y8a8:
+            return ReferenceYuvKernel(r, {O::kWiden}, side(r.dst_plane, r.dst_stride, r.width, 32, 8));
+    }
+}
+
+}  // namespace zenk::test
