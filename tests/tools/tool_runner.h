@@ -1,0 +1,52 @@
+// Running zenk-convert as a user would, and the files around it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "formats.h"
+#include "library.h"
+
+namespace zenk::tool::test {
+
+using Bytes = std::vector<uint8_t>;
+
+struct ToolResult {
+    int code = -1;
+    std::string out, err;
+};
+
+// Runs the tool with `args`; with `terminal` its standard error is a
+// pseudo-terminal (whose output lands in `err`); `input` names a file to
+// give it as standard input (else it gets an empty one).
+ToolResult RunTool(const std::vector<std::string>& args, bool terminal = false, const std::string& input = {});
+
+// Fails the test with the tool's messages unless it exited with 0.
+void ExpectOk(const ToolResult& r, const std::vector<std::string>& args);
+ToolResult RunOk(const std::vector<std::string>& args);
+
+// A fresh directory, removed with everything in it when the test ends.
+class Scratch {
+public:
+    Scratch();
+    ~Scratch();
+    std::string operator/(const std::string& name) const { return (dir_ / name).string(); }
+    std::vector<std::string> Entries() const;  // file names, sorted
+
+private:
+    std::filesystem::path dir_;
+};
+
+Bytes ReadBytes(const std::string& path);
+void WriteBytes(const std::string& path, const Bytes& bytes);
+
+// The library the tool loads, opened by the tests themselves.
+const Library& TheLibrary();
+
+std::string Token(Format f);
+
+}  // namespace zenk::tool::test

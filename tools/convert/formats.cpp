@@ -1,0 +1,174 @@
+#include "formats.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace zenk::tool {
+
+namespace {
+
+const std::vector<FormatInfo> kFormats = {
+    {Format::UYVY16I, "UYVY16I", Layout::Packed422, 2, false, "uyvy422"},
+    {Format::YUYV16I, "YUYV16I", Layout::Packed422, 2, false, "yuyv422"},
+    {Format::UVYY16I, "UVYY16I", Layout::Packed422, 2, false, ""},
+    {Format::Y8PUV8I, "Y8PUV8I", Layout::Planar422, 2, false, "nv16"},
+    {Format::V8U8Y8A8I, "V8U8Y8A8I", Layout::Packed444Alpha, 4, false, "vuya"},
+    {Format::BGR32I, "BGR32I", Layout::Bgr32, 4, false, "bgra"},
+    {Format::BGR24I, "BGR24I", Layout::Bgr24, 3, false, "bgr24"},
+    {Format::A8P, "A8P", Layout::AlphaPlane, 1, false, "gray"},
+    {Format::A8C, "A8C", Layout::Constant, 0, false, ""},
+    {Format::BGR24IA8P, "BGR24IA8P", Layout::Bgr24, 3, true, "bgr24"},
+    {Format::UYVY16IA8P, "UYVY16IA8P", Layout::Packed422, 2, true, "uyvy422"},
+    {Format::YUYV16IA8P, "YUYV16IA8P", Layout::Packed422, 2, true, "yuyv422"},
+    {Format::UVYY16IA8P, "UVYY16IA8P", Layout::Packed422, 2, true, ""},
+    {Format::Y8PUV8IA8P, "Y8PUV8IA8P", Layout::Planar422, 2, true, "nv16"},
+};
+
+using F = Format;
+
+// Every format pair the library's exports cover. The five pairs that own a
+// kernel table also convert in the line-pair modes.
+const std::vector<Pair> kPairs = [] {
+    struct Row {
+        F src;
+        std::vector<F> dsts;
+    };
+    const std::vector<Row> rows = {
+        {F::UYVY16I, {F::BGR32I, F::BGR24I, F::UYVY16I, F::YUYV16I, F::UVYY16I, F::Y8PUV8I, F::V8U8Y8A8I, F::BGR24IA8P,
+                      F::UYVY16IA8P, F::YUYV16IA8P, F::UVYY16IA8P, F::Y8PUV8IA8P}},
+        {F::YUYV16I, {F::BGR32I, F::BGR24I, F::YUYV16I, F::UYVY16I, F::BGR24IA8P, F::UYVY16IA8P, F::YUYV16IA8P}},
+        {F::UVYY16I, {F::BGR24I, F::UYVY16I, F::BGR24IA8P, F::UYVY16IA8P}},
+        {F::Y8PUV8I, {F::BGR32I, F::BGR24I, F::BGR24IA8P}},
+        {F::UYVY16IA8P, {F::BGR32I, F::A8P, F::BGR24IA8P, F::UYVY16IA8P, F::YUYV16IA8P}},
+        {F::YUYV16IA8P, {F::BGR32I, F::A8P, F::BGR24IA8P, F::UYVY16IA8P, F::YUYV16IA8P}},
+        {F::Y8PUV8IA8P, {F::BGR32I}},
+        {F::BGR32I, {F::BGR32I, F::BGR24I, F::YUYV16I, F::UYVY16I, F::UVYY16I, F::A8P, F::Y8PUV8I, F::BGR24IA8P,
+                     F::YUYV16IA8P, F::UYVY16IA8P, F::UVYY16IA8P, F::Y8PUV8IA8P}},
+        {F::BGR24I, {F::BGR24I, F::BGR32I, F::YUYV16I, F::UYVY16I, F::UVYY16I, F::Y8PUV8I, F::BGR24IA8P, F::YUYV16IA8P,
+                     F::UYVY16IA8P, F::UVYY16IA8P, F::Y8PUV8IA8P}},
+        {F::BGR24IA8P, {F::BGR32I, F::A8P, F::BGR24IA8P, F::YUYV16IA8P, F::UYVY16IA8P, F::UVYY16IA8P, F::Y8PUV8IA8P}},
+        {F::A8P, {F::A8P}},
+        {F::A8C, {F::A8P}},
+    };
+    const std::vector<std::pair<F, F>> tables = {{F::Y8PUV8I, F::BGR32I},
+                                                 {F::UYVY16I, F::BGR32I},
+                                                 {F::BGR32I, F::Y8PUV8I},
+                                                 {F::BGR32I, F::UYVY16I},
+                                                 {F::BGR32I, F::UVYY16I}};
+    std::vector<Pair> pairs;
+    for (const Row& row : rows)
+        for (F dst : row.dsts) {
+            const bool table = std::find(tables.begin(), tables.end(), std::pair{row.src, dst}) != tables.end();
+            // Encoding from BGR32I also doubles the picture (mode 3).
+            std::vector<int> modes{0};
+            if (table) modes = row.src == F::BGR32I ? std::vector<int>{0, 1, 2, 3} : std::vector<int>{0, 1, 2};
+            pairs.push_back({row.src, dst, modes});
+        }
+    return pairs;
+}();
+
+}  // namespace
+
+const std::vector<FormatInfo>& AllFormats() { return kFormats; }
+
+const FormatInfo& Info(Format f) { return kFormats[static_cast<size_t>(f)]; }
+
+std::optional<Format> ParseFormat(std::string_view token) {
+    for (const FormatInfo& info : kFormats) {
+        if (info.token.size() != token.size()) continue;
+        if (std::equal(token.begin(), token.end(), info.token.begin(),
+                       [](char a, char b) { return std::toupper(static_cast<unsigned char>(a)) == b; }))
+            return info.format;
+    }
+    return std::nullopt;
+}
+
+std::string FormatTokenList() {
+    std::string s;
+    for (const FormatInfo& info : kFormats) {
+        if (!s.empty()) s += ", ";
+        s += info.token;
+    }
+    return s;
+}
+
+bool IsYuv(Format f) {
+    const Layout l = Info(f).layout;
+    return l == Layout::Packed422 || l == Layout::Planar422 || l == Layout::Packed444Alpha;
+}
+
+// V8U8Y8A8I is 4:4:4 in memory, but a pair's chroma is repeated for both of
+// its pixels: its source is always 4:2:2 of the same width.
+bool NeedsEvenWidth(Format f) { return IsYuv(f); }
+
+bool HasAlpha(Format f) {
+    const FormatInfo& info = Info(f);
+    return info.alpha_plane || info.layout == Layout::Bgr32 || info.layout == Layout::AlphaPlane ||
+           info.layout == Layout::Constant;
+}
+
+FrameLayout LayoutOf(Format f, int64_t width, int64_t height) {
+    const FormatInfo& info = Info(f);
+    FrameLayout l;
+    if (info.layout == Layout::Planar422) {
+        l.colour_stride = width;  // one luma byte a pixel; the chroma plane has the same pitch
+        l.colour_bytes = 2 * width * height;
+    } else {
+        l.colour_stride = info.colour_bytes_per_pixel * width;
+        l.colour_bytes = l.colour_stride * height;
+    }
+    if (info.alpha_plane) {
+        l.alpha_stride = width;
+        l.alpha_bytes = width * height;
+    }
+    return l;
+}
+
+const std::vector<Pair>& AllPairs() { return kPairs; }
+
+const Pair* FindPair(Format src, Format dst) {
+    for (const Pair& p : kPairs)
+        if (p.src == src && p.dst == dst) return &p;
+    return nullptr;
+}
+
+std::string ExportName(Format src, Format dst) {
+    return "ZENK_SSE2_" + std::string(Info(src).token) + "_" + std::string(Info(dst).token) + "_EX";
+}
+
+std::string PairOptions(const Pair& pair) {
+    const bool src_yuv = IsYuv(pair.src), dst_yuv = IsYuv(pair.dst);
+    const bool alpha_only = pair.dst == Format::A8P || pair.src == Format::A8C;
+    std::vector<std::string> opts;
+    if (!alpha_only && src_yuv && dst_yuv) {
+        opts.push_back("--src-matrix --dst-matrix (change between them)");
+    } else if (!alpha_only && (src_yuv || dst_yuv)) {
+        opts.push_back("--matrix");
+    }
+    if (!alpha_only && (src_yuv || dst_yuv)) {
+        opts.push_back("--full-range");
+        opts.push_back("--clamp-luma");
+    }
+    // Constant alpha: a BGR32I picture made from one without alpha, a
+    // constant fill of a destination alpha plane, the 4:4:4 alpha byte.
+    const bool constant_alpha = (pair.dst == Format::BGR32I && !HasAlpha(pair.src)) || pair.src == Format::A8C ||
+                                pair.dst == Format::V8U8Y8A8I || (Info(pair.dst).alpha_plane && !HasAlpha(pair.src));
+    if (constant_alpha) opts.push_back("--alpha");
+    opts.push_back("--streaming");
+    if (pair.vertical_modes.size() > 1) {
+        std::string modes;
+        for (int m : pair.vertical_modes) {
+            if (!modes.empty()) modes += '|';
+            modes += std::to_string(m);
+        }
+        opts.push_back("--vertical-mode " + modes + " --scan-mode --field-pair");
+    }
+    std::string s;
+    for (const std::string& o : opts) {
+        if (!s.empty()) s += ", ";
+        s += o;
+    }
+    return s;
+}
+
+}  // namespace zenk::tool
