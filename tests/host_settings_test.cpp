@@ -4,22 +4,12 @@
 
 #include "frame/host_option.h"
 #include "support/counting_host_settings.h"
+#include "support/host_option_fixture.h"
 
 namespace zenk {
 namespace {
 
-class HostOptionTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        ResetHostSettingsCache();
-        ZenkTestSettingsConfigure(0, 1);
-        ZenkTestSettingsResetCounts();
-    }
-    void TearDown() override {
-        ZenkTestSettingsConfigure(0, 1);
-        ResetHostSettingsCache();
-    }
-};
+using HostOptionTest = test::WithHostSettings<>;
 
 TEST_F(HostOptionTest, AnswersOption128UnchangedFromTheSettingsObject) {
     for (int32_t answer : {0, 1, 7, -1}) {

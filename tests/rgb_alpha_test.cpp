@@ -102,12 +102,7 @@ const Registration kRegistration([] {
     return exports;
 }());
 
-enum class Target { kAlignedKernel, kAnyKernel, kExport };
 
-struct Built {
-    Scene scene;
-    Request request{};
-};
 
 // A random request for `c`. Aligned-kernel requests meet the aligned
 // kernels' preconditions (16-aligned planes and lines, whole blocks);

@@ -12,6 +12,7 @@
 #include "frame/host_option.h"
 #include "rgb_to_yuv/coefficients.h"
 #include "support/counting_host_settings.h"
+#include "support/host_option_fixture.h"
 #include "zenk_transcoder.h"
 
 namespace zenk::test {
@@ -105,14 +106,9 @@ Line Encode(const Converter& c, const std::vector<Rgb>& pixels, const Options& o
 
 std::vector<Rgb> Uniform(Rgb colour, size_t n = 8) { return std::vector<Rgb>(n, colour); }
 
-class RgbToYuvKnownAnswers : public ::testing::Test {
+class RgbToYuvKnownAnswers : public WithHostSettings<> {
 protected:
-    void SetUp() override { HostOption(1); }
-    void TearDown() override { HostOption(1); }
-    static void HostOption(int32_t answer) {
-        ZenkTestSettingsConfigure(0, answer);
-        ResetHostSettingsCache();
-    }
+    static void HostOption(int32_t answer) { AnswerHostOption(answer); }
 };
 
 // ---- The coefficient block ---------------------------------------------------------------

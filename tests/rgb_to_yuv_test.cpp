@@ -9,6 +9,7 @@
 #include "reference/rgb_to_yuv_reference.h"
 #include "rgb_to_yuv/rgb_to_yuv_kernels.h"
 #include "support/counting_host_settings.h"
+#include "support/host_option_fixture.h"
 #include "support/export_registry.h"
 #include "support/test_picture.h"
 
@@ -58,10 +59,6 @@ const EncodeCase kCases[] = {
 
 bool Packed(const EncodeCase& c) { return c.layout != Lay::kY8Uv; }
 
-struct Built {
-    Scene scene;
-    Request request{};
-};
 
 int32_t RoundUp(int32_t v, int32_t unit) { return (v + unit - 1) / unit * unit; }
 
@@ -267,13 +264,7 @@ const Registration kRegistration([] {
     return exports;
 }());
 
-class RgbToYuvTest : public ::testing::TestWithParam<EncodeCase> {
-protected:
-    void TearDown() override {
-        ZenkTestSettingsConfigure(0, 1);
-        ResetHostSettingsCache();
-    }
-};
+class RgbToYuvTest : public WithHostSettings<::testing::TestWithParam<EncodeCase>> {};
 // The exports with kernels of their own (not the composites), and the
 // table exports with pair modes.
 class RgbToYuvKernelTest : public RgbToYuvTest {};

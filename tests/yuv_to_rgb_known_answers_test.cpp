@@ -10,24 +10,14 @@
 
 #include "frame/host_option.h"
 #include "support/counting_host_settings.h"
+#include "support/host_option_fixture.h"
 #include "yuv_to_rgb/coefficients.h"
 #include "yuv_to_rgb/yuv_to_rgb_kernels.h"
 
 namespace zenk::yuv_to_rgb {
 namespace {
 
-class YuvToRgbKnownAnswers : public ::testing::Test {
-protected:
-    void SetUp() override {
-        ResetHostSettingsCache();
-        ZenkTestSettingsConfigure(0, 1);
-        ZenkTestSettingsResetCounts();
-    }
-    void TearDown() override {
-        ZenkTestSettingsConfigure(0, 1);
-        ResetHostSettingsCache();
-    }
-};
+using YuvToRgbKnownAnswers = test::WithHostSettings<>;
 
 // ---- The coefficient block -------------------------------------------------------------
 

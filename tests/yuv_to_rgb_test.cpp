@@ -12,6 +12,7 @@
 #include "frame/host_option.h"
 #include "reference/yuv_to_rgb_reference.h"
 #include "support/counting_host_settings.h"
+#include "support/host_option_fixture.h"
 #include "support/export_registry.h"
 #include "support/test_picture.h"
 #include "yuv_to_rgb/yuv_to_rgb_kernels.h"
@@ -122,12 +123,7 @@ const Registration kRegistration([] {
 
 // ---- Random requests -----------------------------------------------------------------------
 
-enum class Target { kAlignedKernel, kAnyKernel, kExport };
 
-struct Built {
-    Scene scene;
-    Request request{};
-};
 
 int32_t RoundUp(int32_t v, int32_t unit) { return (v + unit - 1) / unit * unit; }
 int32_t RandomWidth(Rng& rng) { return rng.Chance(85) ? rng.Uniform(0, 70) : rng.Uniform(71, 700); }
@@ -250,14 +246,7 @@ int32_t RandomHostAnswer(Rng& rng) {
     return answer;
 }
 
-class YuvToRgbTest : public ::testing::TestWithParam<YuvCase> {
-protected:
-    void SetUp() override { ResetHostSettingsCache(); }
-    void TearDown() override {
-        ZenkTestSettingsConfigure(0, 1);
-        ResetHostSettingsCache();
-    }
-};
+using YuvToRgbTest = WithHostSettings<::testing::TestWithParam<YuvCase>>;
 using YuvToRgbKernelTest = YuvToRgbTest;
 using YuvToRgbPairModeTest = YuvToRgbTest;
 

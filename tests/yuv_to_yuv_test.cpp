@@ -28,13 +28,8 @@ int BytesPerPixel(Destination d) { return d == Destination::kPacked ? 2 : d == D
 
 // ---- Random requests ---------------------------------------------------------------------------
 
-enum class Target { kAlignedKernel, kAnyKernel, kExport };
 enum class AlphaPass { kNone, kConstant, kCopy };
 
-struct Built {
-    Scene scene;
-    Request request{};
-};
 
 // Source samples: plain random bytes, or bytes drawn mostly from the values
 // where rounding, the clamps, the 16-bit saturation and its wrap-around

@@ -173,6 +173,16 @@ private:
     std::vector<GuardedPlane> planes_;
 };
 
+// What a random request is built for: an aligned kernel called directly, a
+// kernel of any alignment called directly, or the export, which chooses.
+enum class Target { kAlignedKernel, kAnyKernel, kExport };
+
+// A random request and the planes it points into.
+struct Built {
+    Scene scene;
+    Request request{};
+};
+
 std::string Describe(const Request& r);
 
 // Every byte of every plane buffer, guard room included, equal; otherwise
