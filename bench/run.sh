@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Builds the benchmark suite and runs it in bounded time (a few minutes on
+# two cores), then writes the run's ratio tables into docs/performance.md.
+#   bench/run.sh [build-dir] [extra Google Benchmark flags...]
+# BENCH_MIN_TIME (seconds per repetition, default 0.05) and BENCH_REPETITIONS
+# (default 3) trade time for steadier figures.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+build=${1:-build/bench}
+shift || true
+
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DZENK_BUILD_TESTS=OFF -DZENK_BUILD_TOOLS=OFF \
+  -DZENK_BUILD_BENCH=ON >/dev/null
+cmake --build "$build" --target zenk_bench -j "${BENCH_BUILD_JOBS:-2}"
+if [ ! -x "$build/bench/zenk_bench" ]; then
+  echo "zenk_bench was not built: install Google Benchmark (Debian: libbenchmark-dev)," \
+       "and libyuv-dev and libswscale-dev for the peers" >&2
+  exit 1
+fi
+
+# One thread, and no frequency or placement games: the ratios compare runs
+# made moments apart under the same conditions.
+"$build/bench/zenk_bench" \
+  --benchmark_min_time="${BENCH_MIN_TIME:-0.05}" \
+  --benchmark_repetitions="${BENCH_REPETITIONS:-3}" \
+  --report=docs/performance.md "$@"
