@@ -4,6 +4,8 @@
 // boundary.
 #include "rgb_alpha_kernels.h"
 
+#include <cstring>
+
 namespace zenk::rgb_alpha {
 namespace {
 
@@ -118,6 +120,29 @@ inline int32_t HeadToBoundaryBytes(const uint8_t* dst) {
 
 // ---- Formats ---------------------------------------------------------------------
 
+// One BGR32 pixel of a head or tail. Streaming kernels store it
+// non-temporally where it is 4-byte aligned: an ordinary store into a cache
+// line that the blocks' non-temporal stores also fill evicts the half-filled
+// line from the write-combining buffer, which costs more than the rest of
+// the line's bytes.
+template <class A>
+inline void WritePixel32(uint8_t* dst, uint32_t bgra) {
+    if (A::kStreaming && (reinterpret_cast<uintptr_t>(dst) & 3) == 0)
+        _mm_stream_si32(reinterpret_cast<int*>(dst), static_cast<int>(bgra));
+    else
+        std::memcpy(dst, &bgra, 4);
+}
+
+inline uint32_t ReadPixel32(const uint8_t* src) {
+    uint32_t v;
+    std::memcpy(&v, src, 4);
+    return v;
+}
+
+inline uint32_t ReadBgr(const uint8_t* src) {
+    return static_cast<uint32_t>(src[0]) | static_cast<uint32_t>(src[1]) << 8 | static_cast<uint32_t>(src[2]) << 16;
+}
+
 inline void WriteBgr(uint8_t* dst, const uint8_t* bgr) {
     dst[0] = bgr[0];
     dst[1] = bgr[1];
@@ -132,8 +157,9 @@ struct CopyBgr32Format {
         c.src += 64;
         c.dst += 64;
     }
+    template <class A>
     static void Pixel(Cursor& c, const Constants&) {
-        for (int i = 0; i < 4; ++i) c.dst[i] = c.src[i];
+        WritePixel32<A>(c.dst, ReadPixel32(c.src));
         c.src += 4;
         c.dst += 4;
     }
@@ -147,6 +173,7 @@ struct Bgr32ToBgr24Format {
         c.src += 64;
         c.dst += 48;
     }
+    template <class>
     static void Pixel(Cursor& c, const Constants&) {
         WriteBgr(c.dst, c.src);
         c.src += 4;
@@ -164,9 +191,9 @@ struct Bgr24ToBgr32Format {
         c.src += 48;
         c.dst += 64;
     }
+    template <class A>
     static void Pixel(Cursor& c, const Constants& k) {
-        WriteBgr(c.dst, c.src);
-        c.dst[3] = k.alpha_byte;
+        WritePixel32<A>(c.dst, ReadBgr(c.src) | static_cast<uint32_t>(k.alpha_byte) << 24);
         c.src += 3;
         c.dst += 4;
     }
@@ -180,6 +207,7 @@ struct CopyBgr24Format {
         c.src += 48;
         c.dst += 48;
     }
+    template <class>
     static void Pixel(Cursor& c, const Constants&) {
         WriteBgr(c.dst, c.src);
         c.src += 3;
@@ -200,6 +228,7 @@ struct SplitBgr32Format {
         c.dst += 48;
         c.dst_alpha += 16;
     }
+    template <class>
     static void Pixel(Cursor& c, const Constants&) {
         WriteBgr(c.dst, c.src);
         *c.dst_alpha++ = c.src[3];
@@ -216,6 +245,7 @@ struct ExtractAlphaFormat {
         c.src += 64;
         c.dst += 16;
     }
+    template <class>
     static void Pixel(Cursor& c, const Constants&) {
         *c.dst++ = c.src[3];
         c.src += 4;
@@ -233,9 +263,9 @@ struct MergeAlphaFormat {
         c.src_alpha += 16;
         c.dst += 64;
     }
+    template <class A>
     static void Pixel(Cursor& c, const Constants&) {
-        WriteBgr(c.dst, c.src);
-        c.dst[3] = *c.src_alpha++;
+        WritePixel32<A>(c.dst, ReadBgr(c.src) | static_cast<uint32_t>(*c.src_alpha++) << 24);
         c.src += 3;
         c.dst += 4;
     }
@@ -270,9 +300,9 @@ void PixelKernel(const Request* r) {
                 tail = width - head - 16 * body;
             }
         }
-        for (int32_t i = 0; i < head; ++i) F::Pixel(c, k);
+        for (int32_t i = 0; i < head; ++i) F::template Pixel<A>(c, k);
         for (int32_t i = 0; i < body; ++i) F::template Block<A>(c, k);
-        for (int32_t i = 0; i < tail; ++i) F::Pixel(c, k);
+        for (int32_t i = 0; i < tail; ++i) F::template Pixel<A>(c, k);
         c.src = Advance(c.src, r->src_skip);
         c.src_alpha = Advance(c.src_alpha, r->src_alpha_skip);
         c.dst = Advance(c.dst, r->dst_skip);
