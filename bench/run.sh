@@ -9,8 +9,14 @@ cd "$(dirname "$0")/.."
 build=${1:-build/bench}
 shift || true
 
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DZENK_BUILD_TESTS=OFF -DZENK_BUILD_TOOLS=OFF \
-  -DZENK_BUILD_BENCH=ON >/dev/null
+# A fresh build directory builds only what the suite needs; an existing one
+# keeps its own options.
+if [ -f "$build/CMakeCache.txt" ]; then
+  cmake -S . -B "$build" -DZENK_BUILD_BENCH=ON >/dev/null
+else
+  cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DZENK_BUILD_TESTS=OFF -DZENK_BUILD_TOOLS=OFF \
+    -DZENK_BUILD_BENCH=ON >/dev/null
+fi
 cmake --build "$build" --target zenk_bench -j "${BENCH_BUILD_JOBS:-2}"
 if [ ! -x "$build/bench/zenk_bench" ]; then
   echo "zenk_bench was not built: install Google Benchmark (Debian: libbenchmark-dev)," \
@@ -18,8 +24,8 @@ if [ ! -x "$build/bench/zenk_bench" ]; then
   exit 1
 fi
 
-# One thread, and no frequency or placement games: the ratios compare runs
-# made moments apart under the same conditions.
+# One thread. Every conversion's peers and memcpy run right after it, so each
+# ratio compares runs made moments apart under the same conditions.
 "$build/bench/zenk_bench" \
   --benchmark_min_time="${BENCH_MIN_TIME:-0.05}" \
   --benchmark_repetitions="${BENCH_REPETITIONS:-3}" \
