@@ -9,6 +9,10 @@ namespace {
 struct CopySource {
     explicit CopySource(const Request& r) : src(r.src_plane) {}
     __m128i Vector(int offset) const { return LoadU(src + offset); }
+    // Asks for the source 1 KiB ahead, as the RGB repacking kernels do: one
+    // thread's reads alone leave the memory's bandwidth unused on a picture
+    // larger than the cache.
+    void PrefetchAhead() const { Prefetch(Advance(src, 1024)); }
     uint8_t Byte(int offset) const { return src[offset]; }
     int32_t Four(int offset) const {
         int32_t v;
@@ -26,6 +30,7 @@ struct FillSource {
     explicit FillSource(const Request& r)
         : value(static_cast<uint8_t>(r.alpha_value)), vector(_mm_set1_epi8(static_cast<char>(value))) {}
     __m128i Vector(int) const { return vector; }
+    void PrefetchAhead() const {}
     uint8_t Byte(int) const { return value; }
     int32_t Four(int) const { return static_cast<int32_t>(value * 0x01010101u); }
     void Step(int) {}
@@ -69,6 +74,7 @@ void PlaneKernel(const Request* r) {
         bytes(head);
         const int32_t blocks = (width - head) / 32;
         for (int32_t b = 0; b < blocks; ++b) {
+            if (b % 2 == 0) source.PrefetchAhead();  // once per 64-byte line
             A::Store(dst, source.Vector(0));
             A::Store(dst + 16, source.Vector(16));
             dst += 32;
