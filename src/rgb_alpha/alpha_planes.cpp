@@ -6,13 +6,16 @@
 namespace zenk::rgb_alpha {
 namespace {
 
+// How far ahead the blocks ask for their lines; see PrefetchAhead.
+constexpr int32_t kPrefetchAhead = 1024;
+
 struct CopySource {
     explicit CopySource(const Request& r) : src(r.src_plane) {}
     __m128i Vector(int offset) const { return LoadU(src + offset); }
     // Asks for the source 1 KiB ahead, as the RGB repacking kernels do: one
     // thread's reads alone leave the memory's bandwidth unused on a picture
     // larger than the cache.
-    void PrefetchAhead() const { Prefetch(Advance(src, 1024)); }
+    void PrefetchAhead() const { Prefetch(Advance(src, kPrefetchAhead)); }
     uint8_t Byte(int offset) const { return src[offset]; }
     int32_t Four(int offset) const {
         int32_t v;
@@ -74,7 +77,10 @@ void PlaneKernel(const Request* r) {
         bytes(head);
         const int32_t blocks = (width - head) / 32;
         for (int32_t b = 0; b < blocks; ++b) {
-            if (b % 2 == 0) source.PrefetchAhead();  // once per 64-byte line
+            if (b % 2 == 0) {  // once per 64-byte line
+                source.PrefetchAhead();
+                if constexpr (!A::kStreaming) Prefetch(Advance(dst, kPrefetchAhead));
+            }
             A::Store(dst, source.Vector(0));
             A::Store(dst + 16, source.Vector(16));
             dst += 32;

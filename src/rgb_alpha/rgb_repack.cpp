@@ -311,6 +311,7 @@ void PixelKernel(const Request* r) {
         for (int32_t i = 0; i < head; ++i) F::template Pixel<A>(c, k);
         for (int32_t i = 0; i < body; ++i) {
             Prefetch(Advance(c.src, kPrefetchAhead));
+            if constexpr (!A::kStreaming) Prefetch(Advance(c.dst, kPrefetchAhead));
             F::template Block<A>(c, k);
         }
         for (int32_t i = 0; i < tail; ++i) F::template Pixel<A>(c, k);
