@@ -3,7 +3,7 @@
 # two cores), then writes the run's ratio tables into docs/performance.md.
 #   bench/run.sh [build-dir] [extra Google Benchmark flags...]
 # BENCH_MIN_TIME (seconds per repetition, default 0.05) and BENCH_REPETITIONS
-# (default 3) trade time for steadier figures.
+# (default 5) trade time for steadier figures.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build/bench}
@@ -24,9 +24,11 @@ if [ ! -x "$build/bench/zenk_bench" ]; then
   exit 1
 fi
 
-# One thread. Every conversion's peers and memcpy run right after it, so each
-# ratio compares runs made moments apart under the same conditions.
+# One thread. The repetitions run in random order over the whole run, and the
+# report takes each benchmark's best, so a burst of other work on a shared
+# machine spoils one repetition rather than every repetition of a benchmark.
 "$build/bench/zenk_bench" \
   --benchmark_min_time="${BENCH_MIN_TIME:-0.05}" \
-  --benchmark_repetitions="${BENCH_REPETITIONS:-3}" \
+  --benchmark_repetitions="${BENCH_REPETITIONS:-5}" \
+  --benchmark_enable_random_interleaving=true \
   --report=docs/performance.md "$@"

@@ -120,18 +120,8 @@ inline int32_t HeadToBoundaryBytes(const uint8_t* dst) {
 
 // ---- Formats ---------------------------------------------------------------------
 
-// One BGR32 pixel of a head or tail. Streaming kernels store it
-// non-temporally where it is 4-byte aligned: an ordinary store into a cache
-// line that the blocks' non-temporal stores also fill evicts the half-filled
-// line from the write-combining buffer, which costs more than the rest of
-// the line's bytes.
-template <class A>
-inline void WritePixel32(uint8_t* dst, uint32_t bgra) {
-    if (A::kStreaming && (reinterpret_cast<uintptr_t>(dst) & 3) == 0)
-        _mm_stream_si32(reinterpret_cast<int*>(dst), static_cast<int>(bgra));
-    else
-        std::memcpy(dst, &bgra, 4);
-}
+// One BGR32 pixel, written as one 4-byte store.
+inline void WritePixel32(uint8_t* dst, uint32_t bgra) { std::memcpy(dst, &bgra, 4); }
 
 inline uint32_t ReadPixel32(const uint8_t* src) {
     uint32_t v;
@@ -157,9 +147,8 @@ struct CopyBgr32Format {
         c.src += 64;
         c.dst += 64;
     }
-    template <class A>
     static void Pixel(Cursor& c, const Constants&) {
-        WritePixel32<A>(c.dst, ReadPixel32(c.src));
+        WritePixel32(c.dst, ReadPixel32(c.src));
         c.src += 4;
         c.dst += 4;
     }
@@ -173,7 +162,6 @@ struct Bgr32ToBgr24Format {
         c.src += 64;
         c.dst += 48;
     }
-    template <class>
     static void Pixel(Cursor& c, const Constants&) {
         WriteBgr(c.dst, c.src);
         c.src += 4;
@@ -191,9 +179,8 @@ struct Bgr24ToBgr32Format {
         c.src += 48;
         c.dst += 64;
     }
-    template <class A>
     static void Pixel(Cursor& c, const Constants& k) {
-        WritePixel32<A>(c.dst, ReadBgr(c.src) | static_cast<uint32_t>(k.alpha_byte) << 24);
+        WritePixel32(c.dst, ReadBgr(c.src) | static_cast<uint32_t>(k.alpha_byte) << 24);
         c.src += 3;
         c.dst += 4;
     }
@@ -207,7 +194,6 @@ struct CopyBgr24Format {
         c.src += 48;
         c.dst += 48;
     }
-    template <class>
     static void Pixel(Cursor& c, const Constants&) {
         WriteBgr(c.dst, c.src);
         c.src += 3;
@@ -228,7 +214,6 @@ struct SplitBgr32Format {
         c.dst += 48;
         c.dst_alpha += 16;
     }
-    template <class>
     static void Pixel(Cursor& c, const Constants&) {
         WriteBgr(c.dst, c.src);
         *c.dst_alpha++ = c.src[3];
@@ -245,7 +230,6 @@ struct ExtractAlphaFormat {
         c.src += 64;
         c.dst += 16;
     }
-    template <class>
     static void Pixel(Cursor& c, const Constants&) {
         *c.dst++ = c.src[3];
         c.src += 4;
@@ -263,15 +247,48 @@ struct MergeAlphaFormat {
         c.src_alpha += 16;
         c.dst += 64;
     }
-    template <class A>
     static void Pixel(Cursor& c, const Constants&) {
-        WritePixel32<A>(c.dst, ReadBgr(c.src) | static_cast<uint32_t>(*c.src_alpha++) << 24);
+        WritePixel32(c.dst, ReadBgr(c.src) | static_cast<uint32_t>(*c.src_alpha++) << 24);
         c.src += 3;
         c.dst += 4;
     }
 };
 
 // ---- The line walk -------------------------------------------------------------------
+
+// Head or tail pixels of a streaming kernel. An ordinary store into a cache
+// line that the blocks' non-temporal stores also fill evicts the half-filled
+// line from the write-combining buffer, which costs more than the rest of
+// the line's bytes. So the pixels are converted into a buffer on the stack
+// and go out as 4-byte non-temporal stores where the address allows, single
+// bytes before and after. Fewer than 16 pixels of at most 4 bytes: 64 bytes.
+template <class F>
+inline void StreamPixels(Cursor& c, const Constants& k, int32_t count) {
+    alignas(16) uint8_t staged[64];
+    uint8_t* dst = c.dst;
+    c.dst = staged;
+    for (int32_t i = 0; i < count; ++i) F::Pixel(c, k);
+    const int32_t bytes = static_cast<int32_t>(c.dst - staged);
+    int32_t i = 0;
+    for (; i < bytes && (reinterpret_cast<uintptr_t>(dst + i) & 3) != 0; ++i) dst[i] = staged[i];
+    for (; i + 4 <= bytes; i += 4) {
+        int32_t four;
+        std::memcpy(&four, staged + i, 4);
+        _mm_stream_si32(reinterpret_cast<int*>(dst + i), four);
+    }
+    for (; i < bytes; ++i) dst[i] = staged[i];
+    c.dst = dst + bytes;
+}
+
+template <class F, class A>
+inline void Pixels(Cursor& c, const Constants& k, int32_t count) {
+    if constexpr (A::kStreaming) {
+        if (count > 0) StreamPixels<F>(c, k, count);
+    } else {
+        for (int32_t i = 0; i < count; ++i) F::Pixel(c, k);
+    }
+}
+
 
 // Aligned kernels convert whole blocks of 16 pixels. The others convert
 // single pixels up to the destination's first 16-byte boundary, then blocks
@@ -308,13 +325,13 @@ void PixelKernel(const Request* r) {
                 tail = width - head - 16 * body;
             }
         }
-        for (int32_t i = 0; i < head; ++i) F::template Pixel<A>(c, k);
+        Pixels<F, A>(c, k, head);
         for (int32_t i = 0; i < body; ++i) {
             Prefetch(Advance(c.src, kPrefetchAhead));
             if constexpr (!A::kStreaming) Prefetch(Advance(c.dst, kPrefetchAhead));
             F::template Block<A>(c, k);
         }
-        for (int32_t i = 0; i < tail; ++i) F::template Pixel<A>(c, k);
+        Pixels<F, A>(c, k, tail);
         c.src = Advance(c.src, r->src_skip);
         c.src_alpha = Advance(c.src_alpha, r->src_alpha_skip);
         c.dst = Advance(c.dst, r->dst_skip);
