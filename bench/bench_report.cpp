@@ -30,16 +30,27 @@ constexpr const char* kEnd = "<!-- zenk-bench:end -->";
 constexpr double kMemoryTimeLimit = 1.25;   // UHD repacking and alpha kernels: time within 1.25x memcpy's
 constexpr double kGrowthTolerance = 1.10;   // per-pixel growth HD -> UHD: at most 10 % beyond memcpy's
 
+// The first processor's model name, family and model from /proc/cpuinfo
+// (virtual machines often give only a generic name).
 std::string CpuName() {
     std::ifstream in("/proc/cpuinfo");
-    std::string line;
-    while (std::getline(in, line)) {
-        if (line.rfind("model name", 0) == 0) {
-            auto colon = line.find(':');
-            if (colon != std::string::npos) return line.substr(line.find_first_not_of(" \t", colon + 1));
-        }
+    std::string line, name = "unknown CPU", family, model;
+    auto value = [&]() {
+        const auto colon = line.find(':');
+        const auto start = colon == std::string::npos ? std::string::npos : line.find_first_not_of(" \t", colon + 1);
+        return start == std::string::npos ? std::string() : line.substr(start);
+    };
+    while (std::getline(in, line) && !line.empty()) {
+        if (line.rfind("model name", 0) == 0)
+            name = value();
+        else if (line.rfind("cpu family", 0) == 0)
+            family = value();
+        else if (line.rfind("model", 0) == 0 && line.find(':') != std::string::npos &&
+                 line.substr(0, line.find(':')).find_first_not_of(" \t", 5) == std::string::npos)
+            model = value();
     }
-    return "unknown CPU";
+    if (!family.empty() && !model.empty()) name += ", family " + family + " model " + model;
+    return name;
 }
 
 std::string UtcNow() {
