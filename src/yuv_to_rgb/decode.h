@@ -18,11 +18,22 @@ struct YuvWords {
     __m128i alpha;
 };
 
-// B, G and R of eight pixels as words, in pixel order, saturated to signed
-// 16 bits (the byte packing saturates them to 0..255).
+// B, G and R of eight pixels as words, saturated to signed 16 bits (the byte
+// packing saturates them to 0..255), even pixels first: words 0..3 hold
+// pixels 0, 2, 4, 6 and words 4..7 pixels 1, 3, 5, 7. A pair's chroma term
+// then meets the luma terms of both its pixels where it lies, without being
+// spread to pixel order first; PackBgra restores pixel order once for all
+// four components.
 struct BgrWords {
     __m128i b, g, r;
 };
+
+// Eight words from pixel order to the even-first order of BgrWords.
+inline __m128i EvenFirst(__m128i words) {
+    const __m128i pairs = _mm_shufflehi_epi16(_mm_shufflelo_epi16(words, _MM_SHUFFLE(3, 1, 2, 0)),
+                                              _MM_SHUFFLE(3, 1, 2, 0));  // 0 2 1 3 4 6 5 7
+    return _mm_shuffle_epi32(pairs, _MM_SHUFFLE(3, 1, 2, 0));           // 0 2 4 6 1 3 5 7
+}
 
 // How a BGR32 kernel fills the fourth byte.
 enum class AlphaForm {
@@ -58,7 +69,7 @@ struct DecodeConstants {
         SetupYuvToRgbCoefficients(&block);
         switch (form) {
             case AlphaForm::kWord: alpha = _mm_set1_epi16(static_cast<int16_t>(r.alpha_value)); break;
-            case AlphaForm::kDword: alpha = _mm_set1_epi32(static_cast<int>(r.alpha_value)); break;
+            case AlphaForm::kDword: alpha = EvenFirst(_mm_set1_epi32(static_cast<int>(r.alpha_value))); break;
             case AlphaForm::kPlane:
             case AlphaForm::kNone: alpha = _mm_setzero_si128(); break;
         }
@@ -79,29 +90,29 @@ inline BgrWords Decode8(const DecodeConstants& k, const YuvWords& w) {
     const __m128i yd =
         _mm_sub_epi16(_mm_min_epi16(_mm_max_epi16(w.luma, k.clamp_low), k.clamp_high), k.luma_offset);
     const __m128i half = _mm_set1_epi32(8192);
+    // Luma terms of pixels 0, 2, 4, 6 and of pixels 1, 3, 5, 7: dword k of
+    // each lies beside chroma pair k.
     const __m128i even = _mm_add_epi32(_mm_madd_epi16(_mm_and_si128(yd, _mm_set1_epi32(0xFF)), k.luma_gain), half);
     const __m128i odd = _mm_add_epi32(_mm_madd_epi16(_mm_srai_epi32(yd, 16), k.luma_gain), half);
-    // Luma terms in pixel order: pixels 0..3 and 4..7.
-    const __m128i luma_low = _mm_unpacklo_epi32(even, odd);
-    const __m128i luma_high = _mm_unpackhi_epi32(even, odd);
     auto component = [&](__m128i coef) {
         const __m128i t = _mm_madd_epi16(chroma, coef);  // one term per chroma pair
-        const __m128i low = _mm_srai_epi32(_mm_add_epi32(_mm_unpacklo_epi32(t, t), luma_low), 14);
-        const __m128i high = _mm_srai_epi32(_mm_add_epi32(_mm_unpackhi_epi32(t, t), luma_high), 14);
-        return _mm_packs_epi32(low, high);
+        return _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(t, even), 14), _mm_srai_epi32(_mm_add_epi32(t, odd), 14));
     };
     return {component(k.blue), component(k.green), component(k.red)};
 }
 
-// Eight BGRA pixels in two vectors (pixels 0..3, 4..7). Alpha words are
-// saturated to 0..255 as signed words, like the colour.
+// Eight BGRA pixels in two vectors (pixels 0..3, 4..7). The alpha words come
+// in the even-first order of the colour (EvenFirst) and are saturated to
+// 0..255 as signed words, like the colour.
 inline void PackBgra(const BgrWords& c, __m128i alpha_words, __m128i out[2]) {
-    const __m128i br = _mm_packus_epi16(c.b, c.r);             // B0..B7, R0..R7
-    const __m128i ga = _mm_packus_epi16(c.g, alpha_words);     // G0..G7, A0..A7
-    const __m128i bg = _mm_unpacklo_epi8(br, ga);              // B0 G0 B1 G1 ...
-    const __m128i ra = _mm_unpackhi_epi8(br, ga);              // R0 A0 R1 A1 ...
-    out[0] = _mm_unpacklo_epi16(bg, ra);
-    out[1] = _mm_unpackhi_epi16(bg, ra);
+    const __m128i br = _mm_packus_epi16(c.b, c.r);             // B0 B2 .. B7, R0 R2 .. R7
+    const __m128i ga = _mm_packus_epi16(c.g, alpha_words);     // G0 G2 .. G7, A0 A2 .. A7
+    const __m128i bg = _mm_unpacklo_epi8(br, ga);              // B0 G0 B2 G2 ...
+    const __m128i ra = _mm_unpackhi_epi8(br, ga);              // R0 A0 R2 A2 ...
+    const __m128i even = _mm_unpacklo_epi16(bg, ra);           // pixels 0, 2, 4, 6
+    const __m128i odd = _mm_unpackhi_epi16(bg, ra);            // pixels 1, 3, 5, 7
+    out[0] = _mm_unpacklo_epi32(even, odd);
+    out[1] = _mm_unpackhi_epi32(even, odd);
 }
 
 inline __m128i Lanes64(uint64_t mask) { return _mm_set1_epi64x(static_cast<long long>(mask)); }

@@ -148,7 +148,7 @@ struct Bgr32 {
     static constexpr int kBlockShift = 3;  // blocks of 8 pixels
 
     static __m128i AlphaWords(const DecodeConstants& k, const YuvWords& w) {
-        return kForm == AlphaForm::kPlane ? w.alpha : k.alpha;
+        return kForm == AlphaForm::kPlane ? EvenFirst(w.alpha) : k.alpha;
     }
     static int32_t HeadPairs(const uint8_t* d) { return Bgr32HeadPairs(d); }
     template <class Src, class Store>

@@ -33,17 +33,29 @@ struct Reorder : PackedGroup {
     }
 };
 
+// One 4-byte pair. Streaming kernels keep their pairs out of the cache too:
+// an ordinary store into a cache line that the groups' non-temporal stores
+// also fill would evict the half-filled line from the write-combining
+// buffer.
+template <class A>
+inline void WritePair(uint8_t* dst, uint32_t word) {
+    if constexpr (A::kStreaming)
+        _mm_stream_si32(reinterpret_cast<int*>(dst), static_cast<int>(word));
+    else
+        std::memcpy(dst, &word, 4);
+}
+
+inline uint32_t ReadPair(const uint8_t* src) {
+    uint32_t word;
+    std::memcpy(&word, src, 4);
+    return word;
+}
+
 struct CopyRule {
     static __m128i Vector(__m128i v) { return v; }
-    // The streaming copy keeps its pairs out of the cache too.
     template <class A>
     static void Bytes(const uint8_t* src, uint8_t* dst) {
-        uint32_t word;
-        std::memcpy(&word, src, 4);
-        if constexpr (A::kStreaming)
-            _mm_stream_si32(reinterpret_cast<int*>(dst), static_cast<int>(word));
-        else
-            std::memcpy(dst, &word, 4);
+        WritePair<A>(dst, ReadPair(src));
     }
 };
 
@@ -52,11 +64,8 @@ struct SwapWordBytesRule {
     static __m128i Vector(__m128i v) { return _mm_or_si128(_mm_slli_epi16(v, 8), _mm_srli_epi16(v, 8)); }
     template <class A>
     static void Bytes(const uint8_t* src, uint8_t* dst) {
-        const uint8_t b0 = src[0], b1 = src[1], b2 = src[2], b3 = src[3];
-        dst[0] = b1;
-        dst[1] = b0;
-        dst[2] = b3;
-        dst[3] = b2;
+        const uint32_t word = ReadPair(src);
+        WritePair<A>(dst, ((word & 0x00FF00FFu) << 8) | ((word >> 8) & 0x00FF00FFu));
     }
 };
 
