@@ -6,6 +6,7 @@
 #include <emmintrin.h>
 
 #include <cstdint>
+#include <cstring>
 
 #include "zenk_transcoder.h"
 
@@ -74,7 +75,6 @@ using AnyStreaming = Access<false, true>;
 // Unaligned loads cost nothing extra on aligned data and keep a kernel safe
 // where its export tests only the destination.
 inline __m128i LoadU(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
-inline __m128i LoadA(const void* p) { return _mm_load_si128(static_cast<const __m128i*>(p)); }
 inline __m128i Load64(const void* p) { return _mm_loadl_epi64(static_cast<const __m128i*>(p)); }
 inline void Store64(void* p, __m128i v) { _mm_storel_epi64(static_cast<__m128i*>(p), v); }
 inline void StoreU(void* p, __m128i v) { _mm_storeu_si128(static_cast<__m128i*>(p), v); }
@@ -142,6 +142,41 @@ constexpr AlignmentTest BothSidesTest(SideTest source, SideTest destination) {
 // Four-kernel exports: test, pick the variant, run it once.
 inline void RunFourKernel(const AlignmentTest& test, const KernelQuad& kernels, const Request* r) {
     kernels.variant[VariantFor(Passes(test, *r), *r)](r);
+}
+
+}  // namespace zenk
+
+namespace zenk {
+
+// ---- Memory traffic of pictures larger than the cache -------------------------------
+
+// A UHD picture does not fit the cache, and one thread's own loads (and the
+// reads for ownership of its ordinary stores) do not keep enough lines in
+// flight to use the memory's bandwidth. A kernel's block asks for its source
+// and, unless it streams, its destination this far ahead: 16 cache lines. A
+// prefetch past a plane's end never faults.
+inline constexpr int32_t kPrefetchAhead = 1024;
+
+template <class A>
+inline void PrefetchAhead(const void* src, const void* dst) {
+    Prefetch(Advance(static_cast<const uint8_t*>(src), kPrefetchAhead));
+    if constexpr (!A::kStreaming) Prefetch(Advance(static_cast<const uint8_t*>(dst), kPrefetchAhead));
+}
+
+// The head or tail bytes of a streaming kernel's line. An ordinary store
+// into a cache line that the blocks' non-temporal stores also fill evicts
+// the half-filled line from the write-combining buffer, which costs more
+// than the rest of the line's bytes; so the bytes go out as 4-byte
+// non-temporal stores where the address allows, single bytes around them.
+inline void StreamBytes(uint8_t* dst, const uint8_t* src, int32_t count) {
+    int32_t i = 0;
+    for (; i < count && (reinterpret_cast<uintptr_t>(dst + i) & 3) != 0; ++i) dst[i] = src[i];
+    for (; i + 4 <= count; i += 4) {
+        int32_t four;
+        std::memcpy(&four, src + i, 4);
+        _mm_stream_si32(reinterpret_cast<int*>(dst + i), four);
+    }
+    for (; i < count; ++i) dst[i] = src[i];
 }
 
 }  // namespace zenk

@@ -1,27 +1,14 @@
 // Alpha plane copy and constant fill: 32-byte blocks of two 16-byte stores.
 #include "rgb_alpha_kernels.h"
 
-#include <cstring>
-
 namespace zenk::rgb_alpha {
 namespace {
-
-// How far ahead the blocks ask for their lines; see PrefetchAhead.
-constexpr int32_t kPrefetchAhead = 1024;
 
 struct CopySource {
     explicit CopySource(const Request& r) : src(r.src_plane) {}
     __m128i Vector(int offset) const { return LoadU(src + offset); }
-    // Asks for the source 1 KiB ahead, as the RGB repacking kernels do: one
-    // thread's reads alone leave the memory's bandwidth unused on a picture
-    // larger than the cache.
-    void PrefetchAhead() const { Prefetch(Advance(src, kPrefetchAhead)); }
+    const uint8_t* Ahead() const { return src; }
     uint8_t Byte(int offset) const { return src[offset]; }
-    int32_t Four(int offset) const {
-        int32_t v;
-        std::memcpy(&v, src + offset, 4);
-        return v;
-    }
     void Step(int bytes) { src += bytes; }
     void EndLine(const Request& r) { src = Advance(src, r.src_skip); }
     const uint8_t* src;
@@ -33,9 +20,9 @@ struct FillSource {
     explicit FillSource(const Request& r)
         : value(static_cast<uint8_t>(r.alpha_value)), vector(_mm_set1_epi8(static_cast<char>(value))) {}
     __m128i Vector(int) const { return vector; }
-    void PrefetchAhead() const {}
+    // Nothing to read: the prefetch of the value's own address is harmless.
+    const uint8_t* Ahead() const { return &value; }
     uint8_t Byte(int) const { return value; }
-    int32_t Four(int) const { return static_cast<int32_t>(value * 0x01010101u); }
     void Step(int) {}
     void EndLine(const Request&) {}
     uint8_t value;
@@ -54,18 +41,15 @@ void PlaneKernel(const Request* r) {
     const int32_t width = A::kAligned ? r->width / 32 * 32 : r->width;
     if (r->src_plane != nullptr) Prefetch(r->src_plane);
     for (int32_t line = 0; line < r->src_height; ++line) {
-        // Streaming kernels write the head and tail in 4-byte non-temporal
-        // stores where the address allows: an ordinary store into a cache
-        // line that the blocks' non-temporal stores also fill evicts the
-        // half-filled line from the write-combining buffer, which costs more
-        // than the rest of the line's bytes.
+        // Head and tail bytes (fewer than 32); a streaming kernel streams them.
         auto bytes = [&](int32_t count) {
-            int32_t i = 0;
             if constexpr (A::kStreaming) {
-                for (; i < count && (reinterpret_cast<uintptr_t>(dst + i) & 3) != 0; ++i) dst[i] = source.Byte(i);
-                for (; i + 4 <= count; i += 4) _mm_stream_si32(reinterpret_cast<int*>(dst + i), source.Four(i));
+                uint8_t staged[32];
+                for (int32_t i = 0; i < count; ++i) staged[i] = source.Byte(i);
+                StreamBytes(dst, staged, count);
+            } else {
+                for (int32_t i = 0; i < count; ++i) dst[i] = source.Byte(i);
             }
-            for (; i < count; ++i) dst[i] = source.Byte(i);
             dst += count;
             source.Step(count);
         };
@@ -77,10 +61,7 @@ void PlaneKernel(const Request* r) {
         bytes(head);
         const int32_t blocks = (width - head) / 32;
         for (int32_t b = 0; b < blocks; ++b) {
-            if (b % 2 == 0) {  // once per 64-byte line
-                source.PrefetchAhead();
-                if constexpr (!A::kStreaming) Prefetch(Advance(dst, kPrefetchAhead));
-            }
+            if (b % 2 == 0) PrefetchAhead<A>(source.Ahead(), dst);  // once per 64-byte line
             A::Store(dst, source.Vector(0));
             A::Store(dst + 16, source.Vector(16));
             dst += 32;

@@ -74,20 +74,8 @@ inline void StorePair(uint8_t* p, __m128i v) {
     std::memcpy(p, &word, 4);
 }
 
-// A picture larger than the cache comes from memory, and one thread's own
-// loads, and the reads for ownership of its ordinary stores, do not keep
-// enough lines in flight to use the memory's bandwidth. Every group asks
-// for its source and, unless it streams, its destination 1 KiB ahead (a
-// prefetch past a plane's end never faults). Copies and byte reorders
-// become as fast as memcpy; the arithmetic kernels do not notice.
-constexpr int32_t kPrefetchAhead = 1024;
-
-template <class A>
-inline void PrefetchAhead(const Cursor& c) {
-    Prefetch(Advance(c.src, kPrefetchAhead));
-    if constexpr (!A::kStreaming) Prefetch(Advance(c.dst, kPrefetchAhead));
-}
-
+// Every group asks for its lines ahead (PrefetchAhead): copies and byte
+// reorders become as fast as memcpy; the arithmetic kernels do not notice.
 template <class F, class A>
 void WalkLines(const Request* r) {
     const typename F::State state(*r);
@@ -97,14 +85,14 @@ void WalkLines(const Request* r) {
     for (int32_t line = 0; line < r->src_height; ++line) {
         if constexpr (A::kAligned) {
             for (int32_t i = width / F::kGroupPixels; i > 0; --i) {
-                PrefetchAhead<A>(c);
+                PrefetchAhead<A>(c.src, c.dst);
                 F::template Group<A>(c, state);
             }
         } else {
             const LineSplit s = SplitLine(c.dst, width, F::kHeadPairBytes, F::kGroupPixels);
             for (int32_t i = 0; i < s.head; ++i) F::template Pair<A>(c, state);
             for (int32_t i = 0; i < s.body; ++i) {
-                PrefetchAhead<A>(c);
+                PrefetchAhead<A>(c.src, c.dst);
                 F::template Group<A>(c, state);
             }
             for (int32_t i = 0; i < s.tail; ++i) F::template Pair<A>(c, state);
