@@ -259,6 +259,7 @@ TEST(WalkLinePairs, SourceLinesOfEachMode) {
         r.scan_mode = 1;
         r.vertical_mode = row.vertical_mode;
         r.src_field_pair = row.field_pair;
+        r.src_height = 32;
         r.dst_height = 6;
         std::vector<int> seen;
         WalkLinePairs(PairModeLines(&r), [&](const uint8_t* src, uint8_t*) {

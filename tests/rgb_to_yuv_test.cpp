@@ -173,10 +173,12 @@ Built BuildRequest(Rng& rng, const EncodeCase& c, int column, bool aligned) {
             break;
         case 1:
         case 2:
-            // Line starts: the source advance adds strides to the skip, whose
-            // sign gives the direction; the destination steps by its skip.
+            // Source line starts: the advance adds strides to the skip,
+            // whose sign gives the direction. The destination is filled as
+            // a host fills any picture: its skip is the pitch minus the
+            // bytes of the pairs a line holds.
             r.src_skip = src.bottom_up ? -rng.Uniform(1, 8) : rng.Uniform(0, 8);
-            r.dst_skip = direction_dst * d.stride();
+            r.dst_skip = d.Skip(pairs_width * dst_pixel);
             break;
         case 3:
             r.src_skip = direction_src * (s.stride() + rng.Uniform(0, 8));
@@ -258,6 +260,7 @@ const Registration kRegistration([] {
         e.src_alpha = {c.alpha == Alpha::kCopy ? 1 : 0, false, 0, 1};
         e.dst = c.layout == Lay::kY8Uv ? PlaneSpec{1, true, 0, 1} : PlaneSpec{2, false, 0, 4};
         e.dst_alpha = {c.alpha == Alpha::kNone ? 0 : 1, false, 0, 1};
+        if (c.pair_modes != nullptr) e.pair_modes = {1, 2, 3};
         e.reference = [c](const Request& r) { ExpectedExport(c, r, QueryHostOption()); };
         exports.push_back(e);
     }

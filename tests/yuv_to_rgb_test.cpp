@@ -115,6 +115,7 @@ const Registration kRegistration([] {
         e.src_alpha = {c.src_alpha ? 1 : 0, false, 0, 1};
         e.dst = {DstBytes(c), false, 0, c.bgr24 ? 2 : 8};
         e.dst_alpha = {DstAlphaPlane(c) ? 1 : 0, false, 0, 1};
+        if (c.kind == K::kTable) e.pair_modes = {1, 2};
         e.reference = [c](const Request& r) { ReferenceExport(c, r, QueryHostOption()); };
         exports.push_back(e);
     }
@@ -203,8 +204,9 @@ Built BuildFrame(Rng& rng, const YuvCase& c, Target target) {
     return b;
 }
 
-// A pair-mode request: destination lines dst_skip apart (8-byte aligned, now
-// and then anywhere), a source with lines enough for the reduction and
+// A pair-mode request: destination lines one pitch apart, dst_skip the
+// pitch minus the bytes of a line's pairs (8-byte aligned, now and then
+// anywhere), a source with lines enough for the reduction and
 // src_skip zero or small (negative for a bottom-up source); scan_mode now
 // and then 0 or 3, which converts nothing.
 Built BuildPairMode(Rng& rng, const YuvCase& c, int32_t vertical_mode) {
@@ -234,7 +236,7 @@ Built BuildPairMode(Rng& rng, const YuvCase& c, int32_t vertical_mode) {
     r.src_skip = bottom_up ? -rng.Uniform(1, 6) : (rng.Chance(70) ? 0 : rng.Uniform(1, 6));
     r.dst_plane = b.scene[1].first_line();
     r.dst_stride = b.scene[1].stride();
-    r.dst_skip = b.scene[1].Skip(0);
+    r.dst_skip = b.scene[1].Skip((r.width & ~1) * DstBytes(c));
     return b;
 }
 

@@ -29,18 +29,24 @@ void ComputeLineAddresses(LineAddressSet* set, const Request* r);
 
 // The set a pair-mode kernel starts from: zeroed, then filled. A mode that
 // leaves line_count unset (scan_mode 0, or a scan_mode other than 1 and 2)
-// therefore converts no line.
+// therefore converts no line. Like every kernel, a pair-mode kernel returns
+// at once when src_height is 0: it then reads and writes nothing, whatever
+// dst_height says, so its set holds no line either.
 inline LineAddressSet PairModeLines(const Request* r) {
     LineAddressSet set{};
     ComputeLineAddresses(&set, r);
+    if (r->src_height == 0) set.line_count = 0;
     return set;
 }
 
 // Walks the destination lines of a pair mode: line n is made from stream A
 // when n is even and from stream B when n is odd, and the stream just used
-// advances by src_advance. `convert_line(src_line, dst_line)` converts one
-// line; the set's line starts are kept apart from the pointers that walk
-// within a line.
+// advances by src_advance. The two source streams keep their line starts,
+// apart from the pointers that walk within a line. The destination is one
+// running pointer, as in the frame kernels: `convert_line(src_line, dst)`
+// converts one line and leaves `dst` just past the bytes it wrote, and then
+// dst_advance (the host's dst_skip: the pitch minus those bytes) takes it
+// to the next line's start.
 template <class ConvertLine>
 inline void WalkLinePairs(const LineAddressSet& set, ConvertLine&& convert_line) {
     const uint8_t* stream[2] = {set.src_line_a, set.src_line_b};

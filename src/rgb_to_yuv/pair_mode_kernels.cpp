@@ -14,16 +14,18 @@ namespace zenk::rgb_to_yuv {
 namespace {
 
 // Reduction: destination line n from source stream A (n even) or B (n odd);
-// `width` is the destination's pixels per line.
+// `width` is the destination's pixels per line. The destination pointer
+// runs on from the end of each line's pairs by dst_skip.
 template <class Source, class Layout>
 void ReduceKernel(const Request* r) {
     const Encoder k(*r);
     const Layout layout(k);
     const RequestedStore store{r->use_streaming_stores != 0};
     Prefetch(r->src_plane);
-    WalkLinePairs(PairModeLines(r), [&](const uint8_t* src_line, uint8_t* dst_line) {
-        LineWriter<Source, Layout, false, false> line{k, layout, src_line, layout.At(dst_line, *r), nullptr};
+    WalkLinePairs(PairModeLines(r), [&](const uint8_t* src_line, uint8_t*& dst) {
+        LineWriter<Source, Layout, false, false> line{k, layout, src_line, layout.At(dst, *r), nullptr};
         line.HeadBodyTail(r->width, store);
+        dst = line.dst.FirstByte();  // a Y8PUV8I chroma line keeps its distance from its luma line
     });
     if (store.streaming) _mm_sfence();
 }

@@ -244,7 +244,8 @@ void FrameKernel(const Request* r) {
     A::Finish();
 }
 
-// Pair-mode kernels take every line start from the line addressing. Lines
+// Pair-mode kernels take their source line starts from the line addressing
+// and run the destination on from the end of each line by dst_skip. Lines
 // are split like those of the unaligned kernels, except that a line shorter
 // than 8 pixels (not 16) goes in pairs.
 template <class Src, class Dst, class A>
@@ -252,9 +253,9 @@ void PairModeWalk(const Request* r) {
     const DecodeConstants k(*r, Dst::kAlpha);
     const LineAddressSet lines = PairModeLines(r);
     Prefetch(r->src_plane);
-    WalkLinePairs(lines, [&](const uint8_t* src_line, uint8_t* dst_line) {
+    WalkLinePairs(lines, [&](const uint8_t* src_line, uint8_t*& dst) {
         SourceCursor s = Src::Start(*r, src_line);
-        ConvertLine<Src, Dst, A, 8>(k, s, dst_line, r->width);
+        ConvertLine<Src, Dst, A, 8>(k, s, dst, r->width);
     });
     A::Finish();
 }

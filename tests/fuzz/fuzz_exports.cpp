@@ -1,5 +1,5 @@
 // libFuzzer target: the input chooses an export and every request field
-// within the documented envelope (sizes, plane addresses, pitches,
+// within the documented envelope (frame or line-pair mode, sizes, plane addresses, pitches,
 // directions, flags, matrices, alpha, the host option's answer). The
 // export's output must equal the scalar reference's, byte for byte, and
 // nothing outside its planes may change.
@@ -21,6 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     zenk::ResetHostSettingsCache();
     RequestStyle style;
     style.aligned = rng.Chance(30);
+    style.pair_mode = rng.Chance(30);
     Scene scene;
     const Request r = BuildGenericRequest(rng, scene, e, style);
     const ::testing::AssertionResult same =

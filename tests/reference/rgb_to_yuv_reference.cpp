@@ -192,8 +192,10 @@ void ReferenceEncode(const ZenkConversionRequest& r, const EncodeKernel& k, int3
         }
         return;
     }
-    // The pair modes address lines only for scan_mode 1 and 2.
+    // The pair modes address lines only for scan_mode 1 and 2, and convert
+    // nothing when the source has no lines, whatever dst_height says.
     if (r.scan_mode != 1 && r.scan_mode != 2) return;
+    if (r.src_height == 0) return;
     if (k.vertical_mode == 3) {
         // Source line n (stepping by src_skip) to destination lines 2n and
         // 2n + 1 (stepping by dst_stride).
@@ -207,6 +209,8 @@ void ReferenceEncode(const ZenkConversionRequest& r, const EncodeKernel& k, int3
         return;
     }
     // Reduction: destination line n from source stream n % 2, step n / 2.
+    // The destination runs on from the end of each line's pairs by dst_skip.
+    const int64_t line_bytes = int64_t{std::max(r.width, 0) / 2} * enc.PairBytes();
     const int64_t k_factor = k.vertical_mode == 1 ? 2 : 4;
     const int64_t sign = r.src_skip < 0 ? -1 : 1;
     const int64_t stride = r.src_stride;
@@ -214,7 +218,7 @@ void ReferenceEncode(const ZenkConversionRequest& r, const EncodeKernel& k, int3
     const int64_t advance = r.src_skip + sign * 2 * k_factor * stride;
     for (int32_t n = 0; n < r.dst_height; ++n) {
         const uint8_t* src = Step(r.src_plane, (n % 2 ? second : 0) + (n / 2) * advance);
-        uint8_t* dst = Step(r.dst_plane, int64_t{n} * r.dst_skip);
+        uint8_t* dst = Step(r.dst_plane, n * (line_bytes + r.dst_skip));
         enc.ReducedLine({src, dst, enc.ChromaOf(dst), nullptr}, static_cast<int>(k_factor));
     }
 }

@@ -37,8 +37,8 @@ void ReferenceDecodePixel(const DecodingNumbers& n, int y, int cb, int cr, bool 
 void ReferenceYuvToRgb(const ZenkConversionRequest& r, YuvDecoding d, int aligned_block, int32_t host_answer);
 
 // Pair-mode kernels (vertical_mode 1 or 2): destination line n at
-// dst_plane + n * dst_skip, made from the n-th line of the reduced, field by
-// field, source.
+// dst_plane + n * (the bytes of a line's converted pixels + dst_skip), made
+// from the n-th line of the reduced, field by field, source.
 void ReferenceYuvToRgbPairModes(const ZenkConversionRequest& r, YuvDecoding d, int32_t host_answer);
 
 }  // namespace zenk::test

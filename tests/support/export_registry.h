@@ -30,6 +30,9 @@ struct ExportUnderTest {
     // plane spans (a change of standard into Y8PUV8I writes packed UYVY
     // bytes, two a pixel); such exports skip the guard-page runs.
     bool lines_bound_writes = true;
+    // The vertical_mode values of the export's line-pair kernels (1 and 2
+    // reduce, 3 doubles); empty for exports without a kernel table.
+    std::vector<int32_t> pair_modes;
     // The export-level reference: what the export writes for this request,
     // whichever kernel its own tests choose.
     std::function<void(const Request&)> reference;
@@ -52,6 +55,12 @@ struct RequestStyle {
     // Even widths only: a last odd pixel of a 4:2:2 line is not consumed, so
     // such lines drift from the pitch and their span is not the plane's.
     bool even_width = false;
+    // One of the export's line-pair modes (scan_mode 1 or 2), with the
+    // request filled as a host fills it: the source walked from line starts
+    // with a skip of 0 (-1 bottom-up), the destination's skip the pitch less
+    // the bytes of a line's pairs. Exports without pair modes stay in frame
+    // mode.
+    bool pair_mode = false;
 };
 
 // A random request for `e` within the documented envelope: frame line

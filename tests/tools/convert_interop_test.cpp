@@ -82,10 +82,10 @@ Bytes ConvertDirectly(Format src, Format dst, const Settings& s, const Bytes& in
         r.src_width = s.width;
         r.src_height = s.height;
         r.src_stride = in.pitch;
-        // The line-pair modes advance line starts: the source by the pair
-        // step plus its skip (0), or when doubling by its skip (a pitch); the
-        // destination by its skip (a pitch).
-        const bool pair_mode = s.vertical_mode != 0;
+        // Tight lines, so every skip is the pitch less a line's bytes: 0.
+        // The line-pair modes advance source line starts instead: by the
+        // pair step plus the skip (0), or when doubling by the skip alone (a
+        // pitch).
         r.src_skip = s.vertical_mode == 3 ? in.pitch : 0;
         r.src_matrix = r.dst_matrix = s.matrix;
         r.src_field_pair = r.dst_field_pair = s.field_pair;
@@ -93,8 +93,6 @@ Bytes ConvertDirectly(Format src, Format dst, const Settings& s, const Bytes& in
         r.src_alpha_stride = in.alpha_pitch;
         r.dst_plane = out.colour.get();
         r.width = std::min(dw, s.width);
-        r.dst_skip = pair_mode ? out.pitch : 0;
-        r.dst_alpha_skip = pair_mode ? out.alpha_pitch : 0;
         r.dst_height = dh;
         r.dst_stride = out.pitch;
         r.dst_alpha_plane = out.alpha.get();

@@ -79,10 +79,12 @@ ZenkConversionRequest MakeRequest(const Pair& pair, const RequestOptions& option
     r.src_width = src.width();
     r.src_height = pair_mode ? src.height() : count;
     // Tight lines: in frame mode a running pointer ends each line at the next
-    // one, so every skip is 0. The line-pair modes move line starts instead:
-    // the destination steps by whole pitches, and the source by the pair step
-    // that the line addressing adds to its skip (0), or, when doubling, by
-    // its skip alone (one pitch).
+    // one, so every skip is 0. In the line-pair modes the destination is a
+    // running pointer too, and its skip is the pitch less the bytes of a
+    // line's converted pixels (0 again for whole pixel pairs). The source
+    // moves its line starts instead: by the pair step that the line
+    // addressing adds to its skip (0), or, when doubling, by its skip alone
+    // (one pitch).
     r.src_skip = options.vertical_mode == 3 ? static_cast<int32_t>(sl.colour_stride) : 0;
     r.src_matrix = options.src_matrix;
     r.src_range = options.full_range ? 1 : 0;
@@ -101,14 +103,20 @@ ZenkConversionRequest MakeRequest(const Pair& pair, const RequestOptions& option
     // slice lands on its own chroma lines.
     r.dst_height = pair_mode || Info(pair.dst).layout == Layout::Planar422 ? dst.height() : count;
     r.dst_stride = static_cast<int32_t>(dl.colour_stride);
-    r.dst_skip = pair_mode ? r.dst_stride : 0;
+    // Destination pixels a pair-mode line converts: the width's whole pairs,
+    // each written twice when doubling.
+    const int64_t line_pixels = int64_t{r.width & ~1} * (options.vertical_mode == 3 ? 2 : 1);
+    const auto pitch_less_line = [&](int64_t stride) {
+        return pair_mode && dst.width() > 0 ? static_cast<int32_t>(stride - line_pixels * stride / dst.width()) : 0;
+    };
+    r.dst_skip = pitch_less_line(dl.colour_stride);
     r.dst_matrix = options.dst_matrix;
     r.dst_range = options.full_range ? 1 : 0;
     r.dst_field_pair = options.field_pair ? 1 : 0;
     if (dst.alpha()) {
         r.dst_alpha_plane = dst.alpha() + first * dl.alpha_stride;
         r.dst_alpha_stride = static_cast<int32_t>(dl.alpha_stride);
-        r.dst_alpha_skip = pair_mode ? r.dst_alpha_stride : 0;
+        r.dst_alpha_skip = pitch_less_line(dl.alpha_stride);
     }
 
     r.alpha_value = options.alpha_value;
