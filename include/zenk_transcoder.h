@@ -32,6 +32,19 @@
  *    plane + stride * height (src_height for a source, dst_height for a
  *    destination) and shares the luma plane's pitch and skip.
  *  - src_height is the line count of both pictures.
+ *
+ * Line-pair modes (scan_mode 1 or 2 with vertical_mode 1 or 2, on the five
+ * exports with a kernel table): dst_height destination lines, each made from
+ * one source line. The destination is walked like any picture: dst_skip is
+ * the pitch minus the bytes of the pixels a line converts (its whole pixel
+ * pairs), negative for a bottom-up destination. The source is walked from
+ * line starts: its second line is one pitch (src_field_pair set: the other
+ * field) or 2 or 4 pitches on, and each line start then advances by 4 or 8
+ * pitches plus src_skip, so src_skip is 0 for an ordinary source; its sign
+ * alone makes the walk go upward. With src_height 0 nothing is read or
+ * written, whatever dst_height says. vertical_mode 3 (line doubling, BGR32I
+ * to YUV) writes each source line to two destination lines dst_stride
+ * apart, and advances the source line start by src_skip.
  */
 #ifndef ZENK_TRANSCODER_H
 #define ZENK_TRANSCODER_H
