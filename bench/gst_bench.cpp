@@ -2,7 +2,7 @@
 //   appsrc (one pre-rendered frame, pushed again and again) ! <converter> ! fakesink
 // Frames per second are counted at the sink between the warm-up frames and
 // the last one, so start-up and negotiation are left out; each case keeps
-// the best of its repetitions. Prints a Markdown table of frames per second
+// the best of its repetitions, which alternate between the two converters. Prints a Markdown table of frames per second
 // and of the ratio zenkconvert / videoconvert.
 //   zenk_gst_bench [seconds per case, default 1.5]
 // The build tree's plugin is found without GST_PLUGIN_PATH.
@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -97,14 +98,22 @@ double RunOnce(const std::string& in_caps, const std::string& converter, const s
     return fps;
 }
 
-// The best of a few runs, each about `seconds` long at the first run's rate.
-double Best(const std::string& in_caps, const std::string& converter, const std::string& out_caps, double seconds) {
-    const double probe = RunOnce(in_caps, converter, out_caps, kWarmUp + 10);
-    if (probe <= 0) return probe;
-    const int frames = kWarmUp + std::max(10, static_cast<int>(probe * seconds));
-    double best = probe;
-    for (int i = 0; i < kRepetitions; ++i) best = std::max(best, RunOnce(in_caps, converter, out_caps, frames));
-    return best;
+// Both converters' best of a few runs, each about `seconds` long at its first
+// run's rate. The two alternate, so that a burst of other work on the
+// machine falls on both rather than on one.
+std::pair<double, double> Best(const std::string& in_caps, const std::string& peer, const std::string& ours,
+                               const std::string& out_caps, double seconds) {
+    double best[2] = {0, 0};
+    int frames[2] = {0, 0};
+    const std::string converters[2] = {peer, ours};
+    for (int c = 0; c < 2; ++c) {
+        best[c] = RunOnce(in_caps, converters[c], out_caps, kWarmUp + 10);
+        if (best[c] <= 0) return {best[0], best[1]};
+        frames[c] = kWarmUp + std::max(10, static_cast<int>(best[c] * seconds));
+    }
+    for (int i = 0; i < kRepetitions; ++i)
+        for (int c = 0; c < 2; ++c) best[c] = std::max(best[c], RunOnce(in_caps, converters[c], out_caps, frames[c]));
+    return {best[0], best[1]};
 }
 
 }  // namespace
@@ -142,8 +151,7 @@ int main(int argc, char** argv) {
                 };
                 const std::string in = caps(way.in, true), out = caps(way.out, false);
                 const std::string n = " n-threads=" + std::to_string(threads);
-                const double peer = Best(in, "videoconvert" + n, out, seconds);
-                const double ours = Best(in, "zenkconvert" + n, out, seconds);
+                const auto [peer, ours] = Best(in, "videoconvert" + n, "zenkconvert" + n, out, seconds);
                 std::printf("| %dx%d | %s -> %s | %d | %.1f | %.1f | %.2fx |\n", size.width, size.height, way.in, way.out,
                             threads, peer, ours, peer > 0 ? ours / peer : 0.0);
                 std::fflush(stdout);

@@ -384,6 +384,10 @@ GstFlowReturn TransformFrame(GstVideoFilter* filter, GstVideoFrame* in_frame, Gs
         out = zenk::gst::PictureOf(staged_out);
     }
 
+    // The kernel the library picks depends on these.
+    GST_LOG_OBJECT(self, "planes at 16-byte residues %u -> %u, pitches %d -> %d",
+                   static_cast<unsigned>(reinterpret_cast<uintptr_t>(in->data) % 16),
+                   static_cast<unsigned>(reinterpret_cast<uintptr_t>(out->data) % 16), in->stride, out->stride);
     const std::vector<Band> bands = zenk::gst::Bands(self->in_format, *in, *out, static_cast<int>(threads));
     if (bands.size() > 1 && (!self->pool || self->pool_threads != bands.size() - 1)) {
         if (self->pool) g_thread_pool_free(self->pool, FALSE, TRUE);
