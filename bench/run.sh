@@ -19,6 +19,13 @@ else
   cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DZENK_BUILD_TESTS=OFF -DZENK_BUILD_TOOLS=OFF \
     -DZENK_BUILD_BENCH=ON >/dev/null
 fi
+# GST_BENCH=1: zenkconvert against videoconvert in GStreamer pipelines
+# instead (about a minute and a half); it prints its table.
+if [ "${GST_BENCH:-0}" = 1 ]; then
+  cmake --build "$build" --target zenk_gst_bench -j "${BENCH_BUILD_JOBS:-2}"
+  exec "$build/bench/zenk_gst_bench" "$@"
+fi
+
 cmake --build "$build" --target zenk_bench -j "${BENCH_BUILD_JOBS:-2}"
 if [ ! -x "$build/bench/zenk_bench" ]; then
   echo "zenk_bench was not built: install Google Benchmark (Debian: libbenchmark-dev)," \

@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build needs, and only those missing:
 # nothing happens (and no root is needed) when they are all there.
-#   scripts/install-deps.sh          the library, tests, tools and benchmarks (linux-x64)
+#   scripts/install-deps.sh          the library, tests, tools, GStreamer element and benchmarks (linux-x64)
 #   scripts/install-deps.sh --all    also the 32-bit, Windows, sanitizer and fuzzing toolchains
 set -euo pipefail
 
 packages=(cmake ninja-build g++ googletest pkg-config file binutils
-          libcli11-dev libpng-dev libbenchmark-dev libyuv-dev libswscale-dev)
+          libcli11-dev libpng-dev libbenchmark-dev libyuv-dev libswscale-dev
+          libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev gstreamer1.0-tools gstreamer1.0-plugins-base)
 if [ "${1:-}" = "--all" ]; then
   packages+=(gcc-multilib g++-multilib mingw-w64 g++-mingw-w64-i686 binutils-mingw-w64-i686
              clang libclang-rt-14-dev)
