@@ -6,7 +6,8 @@
 set -euo pipefail
 
 packages=(cmake ninja-build g++ googletest pkg-config file binutils
-          libcli11-dev libpng-dev libbenchmark-dev libyuv-dev libswscale-dev)
+          libcli11-dev libpng-dev libbenchmark-dev libyuv-dev libswscale-dev
+          help2man)
 if [ "${1:-}" = "--all" ]; then
   packages+=(gcc-multilib g++-multilib mingw-w64 g++-mingw-w64-i686 binutils-mingw-w64-i686
              clang libclang-rt-14-dev)
