@@ -7,7 +7,8 @@ set -euo pipefail
 
 packages=(cmake ninja-build g++ googletest pkg-config file binutils
           libcli11-dev libpng-dev libbenchmark-dev libyuv-dev libswscale-dev
-          libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev gstreamer1.0-tools gstreamer1.0-plugins-base)
+          libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev gstreamer1.0-tools gstreamer1.0-plugins-base
+          help2man)
 if [ "${1:-}" = "--all" ]; then
   packages+=(gcc-multilib g++-multilib mingw-w64 g++-mingw-w64-i686 binutils-mingw-w64-i686
              clang libclang-rt-14-dev)

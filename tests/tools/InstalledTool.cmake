@@ -23,3 +23,17 @@ string(FIND "${list}" "${WORK_DIR}/prefix/" at)
 if(NOT rc EQUAL 0 OR at EQUAL -1)
   message(FATAL_ERROR "the installed zenk-convert did not load the installed library:\n${list}")
 endif()
+# The manual page, where the build made one: `man zenk-convert` finds it
+# beside the installed tool, as it does for a user with the tool on PATH.
+if(EXISTS "${BUILD_DIR}/tools/zenk-convert.1")
+  find_program(MAN man)
+  if(NOT EXISTS "${WORK_DIR}/prefix/share/man/man1/zenk-convert.1")
+    message(FATAL_ERROR "the manual page was built but not installed")
+  elseif(MAN)
+    execute_process(COMMAND ${CMAKE_COMMAND} -E env --unset=MANPATH "PATH=${WORK_DIR}/prefix/bin:$ENV{PATH}"
+      ${MAN} -w zenk-convert OUTPUT_VARIABLE page OUTPUT_STRIP_TRAILING_WHITESPACE RESULT_VARIABLE rc)
+    if(NOT rc EQUAL 0 OR NOT page STREQUAL "${WORK_DIR}/prefix/share/man/man1/zenk-convert.1")
+      message(FATAL_ERROR "man zenk-convert does not find the installed page: '${page}'")
+    endif()
+  endif()
+endif()

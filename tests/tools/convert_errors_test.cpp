@@ -15,10 +15,11 @@ struct BadCase {
     std::vector<std::string> args;  // "@x" names the file x in the scratch directory
     int code;
     std::vector<std::string> message;  // every part must appear in the one line
+    std::string input = {};            // a scratch file given as standard input
 };
 
 // Files every case can use: a valid 8x4 BGR32I frame (128 bytes), a short
-// one, a good PNG, a corrupt and a truncated PNG, and the output to protect.
+// one, a good PNG, a corrupt and a truncated PNG, a read-only output.
 void MakeFixtures(const Scratch& dir) {
     RunOk({"--test-card", "bars100", "--size", "8x4", "--to", "BGR32I", dir / "good.bgra"});
     RunOk({"--test-card", "bars100", "--size", "8x4", dir / "good.png"});
@@ -35,6 +36,9 @@ void MakeFixtures(const Scratch& dir) {
     WriteBytes(dir / "truncated.png", Bytes(png.begin(), png.begin() + static_cast<long>(png.size() * 2 / 3)));
     WriteBytes(dir / "notpng.png", Bytes{'h', 'e', 'l', 'l', 'o'});
     std::filesystem::create_directory(dir / "adir");
+    WriteBytes(dir / "locked", Bytes{'k', 'e', 'e', 'p'});
+    chmod((dir / "locked").c_str(), 0444);
+    symlink("locked", (dir / "link-to-locked").c_str());
 }
 
 const std::vector<BadCase> kBadCases = {
@@ -82,13 +86,40 @@ const std::vector<BadCase> kBadCases = {
     {"size that contradicts the PNG", {"--size", "16x4", "--to", "BGR24I", "@good.png", "@out"},
      kUsage, {"--size 16x4 does not match", "8x4"}},
     {"many frames into one PNG", {"--from", "BGR32I", "--size", "8x4", "@two.bgra", "@out.png"},
-     kUsage, {"a PNG holds one frame", "holds 2"}},
+     kUsage, {"a PNG holds one frame", "holds 2", "out-%04d.png"}},
     {"raw input without its size", {"--from", "BGR32I", "--to", "BGR24I", "@good.bgra", "@out"},
      kUsage, {"--size WIDTHxHEIGHT is needed"}},
-    {"raw input without its format", {"--size", "8x4", "--to", "BGR24I", "@good.bgra", "@out"},
-     kUsage, {"--from FORMAT is needed"}},
-    {"raw output without its format", {"--from", "BGR32I", "--size", "8x4", "@good.bgra", "@out"},
-     kUsage, {"--to FORMAT is needed"}},
+    {"raw input named without its format", {"--size", "8x4", "--to", "BGR24I", "@good.raw", "@out"},
+     kUsage, {"--from FORMAT is needed", "good.raw does not say", ".uyvy, .yuyv, .nv16, .bgra, .bgr24, .png"}},
+    {"raw output named without its format", {"--from", "BGR32I", "--size", "8x4", "@good.bgra", "@out"},
+     kUsage, {"--to FORMAT is needed", ".bgr24"}},
+    {"raw standard output without its format", {"--size", "8x4", "@good.bgra", "-"},
+     kUsage, {"--to FORMAT is needed: the name standard output"}},
+    {"unknown matrix", {"--matrix", "bt2020", "--size", "8x4", "--to", "BGR24I", "@good.bgra", "@out"},
+     kUsage, {"--matrix", "bt2020"}},
+    {"read-only output", {"--size", "8x4", "--to", "BGR24I", "@good.bgra", "@locked"},
+     kOutput, {"cannot write", "locked: it is read-only"}},
+    {"link to a read-only output", {"--size", "8x4", "--to", "BGR24I", "@good.bgra", "@link-to-locked"},
+     kOutput, {"link-to-locked: it is read-only"}},
+    {"frames backwards", {"--frames", "2:1", "--size", "8x4", "--to", "BGR24I", "@two.bgra", "@out"},
+     kUsage, {"--frames: expected FIRST:LAST counted from 1", "'2:1'"}},
+    {"frame 0", {"--frames", "0:1", "--size", "8x4", "--to", "BGR24I", "@two.bgra", "@out"},
+     kUsage, {"--frames: expected", "'0:1'"}},
+    {"frames past the end", {"--frames", "2:3", "--size", "8x4", "--to", "BGR24I", "@two.bgra", "@out"},
+     kUsage, {"--frames 2:3: ", "two.bgra holds 2 frames"}},
+    {"frames past the end of a stream", {"--frames", "2:3", "--from", "BGR32I", "--size", "8x4", "--to", "BGR24I", "-",
+                                         "@out"},
+     kUsage, {"--frames 2:3: standard input ended after frame 2"}, "two.bgra"},
+    {"a second frame of a PNG", {"--frames", "2", "--to", "BGR24I", "@good.png", "@out"},
+     kUsage, {"good.png holds 1 frame"}},
+    {"numbered name with two numbers", {"--size", "8x4", "@two.bgra", "@f-%d-%d.png"},
+     kUsage, {"a numbered name holds one %d"}},
+    {"numbered name with a string", {"--size", "8x4", "@two.bgra", "@f-%s.png"},
+     kUsage, {"a numbered name holds one %d"}},
+    {"zoomed raw output", {"--zoom", "2", "--size", "8x4", "--to", "BGR24I", "@good.bgra", "@out"},
+     kUsage, {"--zoom enlarges a PNG output"}},
+    {"text on standard input read as PNG", {"--to", "BGR24I", "-", "@out"},
+     kInput, {"standard input: corrupt or not a PNG"}, "notpng.png"},
     {"unknown test card", {"--test-card", "smpte", "--size", "8x4", "--to", "BGR24I", "@out"},
      kUsage, {"unknown test card 'smpte'", "bars75"}},
     {"vertical mode on a frame-only pair", {"--vertical-mode", "1", "--scan-mode", "1", "--from", "BGR32I", "--size",
@@ -121,7 +152,7 @@ TEST(ConvertErrors, EachBadInputFailsCleanlyAndKeepsTheOutput) {
         std::vector<std::string> args;
         for (const std::string& a : c.args) args.push_back(a[0] == '@' ? dir / a.substr(1) : a);
 
-        const ToolResult r = RunTool(args);
+        const ToolResult r = RunTool(args, false, c.input.empty() ? "" : dir / c.input);
         EXPECT_EQ(r.code, c.code) << r.err;
         EXPECT_EQ(r.err.rfind("zenk-convert: error: ", 0), 0u) << r.err;
         EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << "one line: " << r.err;
@@ -129,6 +160,7 @@ TEST(ConvertErrors, EachBadInputFailsCleanlyAndKeepsTheOutput) {
         EXPECT_TRUE(r.out.empty()) << r.out;
         EXPECT_EQ(ReadBytes(dir / "out"), precious);
         EXPECT_EQ(ReadBytes(dir / "out.png"), precious);
+        EXPECT_EQ(ReadBytes(dir / "locked"), precious);
         EXPECT_EQ(dir.Entries(), before) << "no temporary file left behind";
     }
 }

@@ -2,7 +2,12 @@
 // may show: none for the RGB and alpha repacking, a few code values where
 // RGB is quantised to 8-bit YUV and back. Every format the loaded library can
 // convert to and back is tested; the RGB and alpha ones must be among them.
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <functional>
 
 #include "png_io.h"
 #include "tool_runner.h"
@@ -224,6 +229,155 @@ TEST(ConvertRoundTrip, TheDemoWritesPicturesAndItsTable) {
             fields >> name >> raw >> via >> error;
             EXPECT_EQ(error, "0") << r.out;
         }
+    }
+}
+
+}  // namespace
+}  // namespace zenk::tool::test
+
+namespace zenk::tool::test {
+namespace {
+
+// Commands that must succeed, each with the files it must write: byte for
+// byte those of a reference command or a fixture, and what it says on
+// standard error (nothing, unless the row says).
+struct GoodCase {
+    const char* name;
+    std::vector<std::string> args;  // "@x" names the file x in the scratch directory
+    std::vector<std::vector<std::string>> references;  // commands that write the expected files
+    std::vector<std::pair<std::string, std::string>> same;  // (written, expected) files
+    std::string says = {};     // a fragment of standard error (or, with --version, output)
+    std::string never = {};    // a fragment that must not be on standard error
+    std::string input = {};    // a scratch file given as standard input
+    bool terminal = false;     // standard error is a terminal
+    std::function<void(const Scratch&)> setup = {}, check = {};
+};
+
+std::string ArgPath(const Scratch& dir, const std::string& a) { return a[0] == '@' ? dir / a.substr(1) : a; }
+
+std::vector<std::string> Expand(const Scratch& dir, const std::vector<std::string>& args) {
+    std::vector<std::string> out;
+    for (const std::string& a : args) out.push_back(ArgPath(dir, a));
+    return out;
+}
+
+mode_t ModeOf(const std::string& path) {
+    struct stat st {};
+    return stat(path.c_str(), &st) == 0 ? st.st_mode & 07777 : 0;
+}
+
+// A temporary file as a run killed outright leaves it, by `pid` on this host.
+std::string TempName(pid_t pid) {
+    char host[256] = "";
+    gethostname(host, sizeof host - 1);
+    return ".zenk-convert-" + std::to_string(pid) + "@" + host + "-AbC123";
+}
+
+pid_t APidThatIsGone() {
+    const pid_t pid = fork();
+    if (pid == 0) _exit(0);
+    waitpid(pid, nullptr, 0);
+    return pid;
+}
+
+const std::vector<GoodCase> kGoodCases = {
+    {"ffmpeg pixel format names", {"--from", "uyvy422", "-s", "16x2", "--to", "bgra", "@card.uyvy", "@out"},
+     {{"--from", "UYVY16I", "--size", "16x2", "--to", "BGR32I", "@card.uyvy", "@ref"}}, {{"@out", "@ref"}}},
+    {"gray is A8P, bgr24 is BGR24I", {"--from", "bgra", "-s", "16x2", "--to", "gray", "@card.bgra", "@out"},
+     {{"--from", "BGR32I", "--size", "16x2", "--to", "A8P", "@card.bgra", "@ref"}}, {{"@out", "@ref"}}},
+    {"bt601 is 601", {"--matrix", "BT601", "--from", "yuyv422", "-s", "16x2", "--to", "bgr24", "@card.uyvy", "@out"},
+     {{"--matrix", "601", "--from", "YUYV16I", "--size", "16x2", "--to", "BGR24I", "@card.uyvy", "@ref"}},
+     {{"@out", "@ref"}}},
+    {"formats from the extensions", {"-s", "16x2", "@card.uyvy", "@out.nv16"},
+     {{"--from", "UYVY16I", "--size", "16x2", "--to", "Y8PUV8I", "@card.uyvy", "@ref"}}, {{"@out.nv16", "@ref"}}},
+    {"a PNG from standard input", {"--to", "yuyv422", "-", "@out"},
+     {{"--to", "YUYV16I", "@card.png", "@ref"}}, {{"@out", "@ref"}}, "", "", "card.png"},
+    {"frames picked from a file", {"--frames", "2:3", "-s", "16x2", "@three.bgra", "@out.bgr24"},
+     {{"-s", "16x2", "@frames-2-3.bgra", "@ref.bgr24"}}, {{"@out.bgr24", "@ref.bgr24"}}},
+    {"frames picked from a stream", {"--frames", "2:", "--from", "BGR32I", "-s", "16x2", "-", "@out.bgra"},
+     {}, {{"@out.bgra", "@frames-2-3.bgra"}}, "", "", "three.bgra"},
+    {"frames into numbered PNGs", {"--frames", "2:3", "-s", "16x2", "@three.bgra", "@f-%03d.png"},
+     {{"-s", "16x2", "@frame-2.bgra", "@ref-2.png"}, {"-s", "16x2", "@frame-3.bgra", "@ref-3.png"}},
+     {{"@f-002.png", "@ref-2.png"}, {"@f-003.png", "@ref-3.png"}}},
+    {"zoomed PNG", {"--zoom", "2", "--test-card", "bars100", "-s", "8x1", "@out.png"},
+     {{"--test-card", "bars100", "-s", "16x2", "@ref.png"}}, {{"@out.png", "@ref.png"}}},
+    {"quirk: UYVY16I -> UVYY16I at a width of 8", {"-s", "8x2", "--to", "UVYY16I", "@card8.uyvy", "@out"},
+     {}, {{"@out", "@card8.uyvy"}}, "warning: UYVY16I -> UVYY16I at a width of 8 (not a multiple of 16) copies"},
+    {"quirk, quiet", {"--quiet", "-s", "8x2", "--to", "UVYY16I", "@card8.uyvy", "@out"}, {}, {{"@out", "@card8.uyvy"}}},
+    {"quirk: a matrix change into Y8PUV8I",
+     {"--src-matrix", "601", "--dst-matrix", "709", "-s", "16x2", "@card.uyvy", "@out.nv16"},
+     // The same kernel as the matrix change into UVYY16I: packed UYVY16I bytes.
+     {{"--src-matrix", "601", "--dst-matrix", "709", "-s", "16x2", "--to", "UVYY16I", "@card.uyvy", "@ref"}},
+     {{"@out.nv16", "@ref"}}, "warning: a matrix change from UYVY16I to Y8PUV8I runs the library's UYVY16I-order kernel"},
+    {"ignored options", {"--alpha", "9", "--matrix", "601", "-s", "16x2", "@card.bgra", "@out.bgr24"},
+     {{"-s", "16x2", "@card.bgra", "@ref.bgr24"}}, {{"@out.bgr24", "@ref.bgr24"}},
+     "warning: --matrix, --alpha have no effect on BGR32I -> BGR24I"},
+    {"alpha used by a PNG's view", {"--alpha", "9", "-s", "16x2", "@card.uyvy", "@out.png"}, {}, {}},
+    {"summary on a terminal", {"-s", "16x2", "@three.bgra", "@out.bgr24"}, {}, {},
+     "3 frames of 16x2 BGR32I -> BGR24I in", "", "", true},
+    {"no summary when quiet", {"-q", "-s", "16x2", "@three.bgra", "@out.bgr24"}, {}, {}, "3/3 frames", "frames of", "",
+     true},
+    {"version", {"--version"}, {}, {}, "zenk-convert 0.1.0\nlibrary 0.1.0, from "},
+    {"through a symbolic link", {"-s", "16x2", "@card.bgra", "@link.bgr24"},
+     {{"-s", "16x2", "@card.bgra", "@ref.bgr24"}}, {{"@target.bgr24", "@ref.bgr24"}}, "", "", "", false,
+     [](const Scratch& dir) {
+         WriteBytes(dir / "target.bgr24", Bytes{1});
+         symlink("target.bgr24", (dir / "link.bgr24").c_str());
+     },
+     [](const Scratch& dir) { EXPECT_TRUE(std::filesystem::is_symlink(dir / "link.bgr24")); }},
+    {"an existing file's mode kept", {"-s", "16x2", "@card.bgra", "@kept.bgr24"}, {}, {}, "", "", "", false,
+     [](const Scratch& dir) {
+         WriteBytes(dir / "kept.bgr24", Bytes{1});
+         chmod((dir / "kept.bgr24").c_str(), 0604);
+     },
+     [](const Scratch& dir) { EXPECT_EQ(ModeOf(dir / "kept.bgr24"), 0604u); }},
+    {"stale temporaries removed, live ones kept", {"-s", "16x2", "@card.bgra", "@out.bgr24"}, {}, {}, "", "", "", false,
+     [](const Scratch& dir) {
+         WriteBytes(dir / TempName(APidThatIsGone()), Bytes{1});
+         WriteBytes(dir / TempName(getpid()), Bytes{1});
+     },
+     [](const Scratch& dir) {
+         std::vector<std::string> temps;
+         for (const std::string& e : dir.Entries())
+             if (e.rfind(".zenk-convert-", 0) == 0) temps.push_back(e);
+         EXPECT_EQ(temps, std::vector<std::string>{TempName(getpid())});
+     }},
+};
+
+TEST(ConvertRoundTrip, EachGoodCommandWritesWhatItsReferenceWrites) {
+    Scratch dir;
+    RunOk({"--test-card", "bars75", "--size", "16x2", "--to", "UYVY16I", dir / "card.uyvy"});
+    RunOk({"--test-card", "bars75", "--size", "8x2", "--to", "UYVY16I", dir / "card8.uyvy"});
+    RunOk({"--test-card", "keyed-bars", "--size", "16x2", "--to", "BGR32I", dir / "card.bgra"});
+    RunOk({"--test-card", "keyed-bars", "--size", "16x2", dir / "card.png"});
+    RunOk({"--test-card", "ramp", "--size", "16x2", "--to", "BGR32I", dir / "frame-3.bgra"});
+    const Bytes one = ReadBytes(dir / "card.bgra"), three = ReadBytes(dir / "frame-3.bgra");
+    Bytes two = one;
+    std::reverse(two.begin(), two.end());
+    WriteBytes(dir / "frame-2.bgra", two);
+    Bytes frames = one;
+    frames.insert(frames.end(), two.begin(), two.end());
+    frames.insert(frames.end(), three.begin(), three.end());
+    WriteBytes(dir / "frames-2-3.bgra", Bytes(frames.begin() + static_cast<long>(one.size()), frames.end()));
+    WriteBytes(dir / "three.bgra", frames);
+    for (const GoodCase& c : kGoodCases) {
+        SCOPED_TRACE(c.name);
+        if (c.setup) c.setup(dir);
+        const std::vector<std::string> args = Expand(dir, c.args);
+        const ToolResult r = RunTool(args, c.terminal, c.input.empty() ? "" : dir / c.input);
+        ExpectOk(r, args);
+        if (c.says.empty()) {
+            EXPECT_EQ(r.err, "");
+        } else {
+            EXPECT_NE((r.err + r.out).find(c.says), std::string::npos) << r.err << r.out;
+        }
+        if (!c.never.empty()) EXPECT_EQ(r.err.find(c.never), std::string::npos) << r.err;
+        for (const auto& reference : c.references) RunOk(Expand(dir, reference));
+        for (const auto& [written, expected] : c.same) {
+            EXPECT_FALSE(ReadBytes(ArgPath(dir, expected)).empty()) << expected;
+            EXPECT_EQ(ReadBytes(ArgPath(dir, written)), ReadBytes(ArgPath(dir, expected))) << written;
+        }
+        if (c.check) c.check(dir);
     }
 }
 

@@ -73,14 +73,43 @@ const std::vector<FormatInfo>& AllFormats() { return kFormats; }
 
 const FormatInfo& Info(Format f) { return kFormats[static_cast<size_t>(f)]; }
 
+namespace {
+
+bool SameIgnoringCase(std::string_view a, std::string_view b) {
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+               return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+           });
+}
+
+// Extensions of raw files whose layout is one format's alone.
+const std::vector<std::pair<std::string_view, Format>> kExtensions = {
+    {".uyvy", Format::UYVY16I}, {".yuyv", Format::YUYV16I}, {".nv16", Format::Y8PUV8I},
+    {".bgra", Format::BGR32I},  {".bgr24", Format::BGR24I},
+};
+
+}  // namespace
+
 std::optional<Format> ParseFormat(std::string_view token) {
-    for (const FormatInfo& info : kFormats) {
-        if (info.token.size() != token.size()) continue;
-        if (std::equal(token.begin(), token.end(), info.token.begin(),
-                       [](char a, char b) { return std::toupper(static_cast<unsigned char>(a)) == b; }))
-            return info.format;
-    }
+    for (const FormatInfo& info : kFormats)
+        if (SameIgnoringCase(token, info.token)) return info.format;
+    // A raw name is the colour block's: it names the format without an alpha plane.
+    for (const FormatInfo& info : kFormats)
+        if (!info.alpha_plane && !info.raw_name.empty() && SameIgnoringCase(token, info.raw_name)) return info.format;
     return std::nullopt;
+}
+
+std::optional<Format> FormatFromExtension(std::string_view path) {
+    const size_t dot = path.rfind('.');
+    if (dot == std::string_view::npos || path.find('/', dot) != std::string_view::npos) return std::nullopt;
+    for (const auto& [extension, format] : kExtensions)
+        if (SameIgnoringCase(path.substr(dot), extension)) return format;
+    return std::nullopt;
+}
+
+std::string ExtensionList() {
+    std::string s;
+    for (const auto& e : kExtensions) s += std::string(e.first) + ", ";
+    return s + ".png";
 }
 
 std::string FormatTokenList() {
@@ -136,6 +165,18 @@ std::string ExportName(Format src, Format dst) {
     return "ZENK_SSE2_" + std::string(Info(src).token) + "_" + std::string(Info(dst).token) + "_EX";
 }
 
+bool UsesConstantAlpha(const Pair& pair) {
+    // A BGR32I picture made from one without alpha, a constant fill of a
+    // destination alpha plane, the 4:4:4 alpha byte.
+    return (pair.dst == Format::BGR32I && !HasAlpha(pair.src)) || pair.src == Format::A8C ||
+           pair.dst == Format::V8U8Y8A8I || (Info(pair.dst).alpha_plane && !HasAlpha(pair.src));
+}
+
+bool UsesColourOptions(const Pair& pair) {
+    const bool alpha_only = pair.dst == Format::A8P || pair.src == Format::A8C;
+    return !alpha_only && (IsYuv(pair.src) || IsYuv(pair.dst));
+}
+
 std::string PairOptions(const Pair& pair) {
     const bool src_yuv = IsYuv(pair.src), dst_yuv = IsYuv(pair.dst);
     const bool alpha_only = pair.dst == Format::A8P || pair.src == Format::A8C;
@@ -145,15 +186,11 @@ std::string PairOptions(const Pair& pair) {
     } else if (!alpha_only && (src_yuv || dst_yuv)) {
         opts.push_back("--matrix");
     }
-    if (!alpha_only && (src_yuv || dst_yuv)) {
+    if (UsesColourOptions(pair)) {
         opts.push_back("--full-range");
         opts.push_back("--clamp-luma");
     }
-    // Constant alpha: a BGR32I picture made from one without alpha, a
-    // constant fill of a destination alpha plane, the 4:4:4 alpha byte.
-    const bool constant_alpha = (pair.dst == Format::BGR32I && !HasAlpha(pair.src)) || pair.src == Format::A8C ||
-                                pair.dst == Format::V8U8Y8A8I || (Info(pair.dst).alpha_plane && !HasAlpha(pair.src));
-    if (constant_alpha) opts.push_back("--alpha");
+    if (UsesConstantAlpha(pair)) opts.push_back("--alpha");
     opts.push_back("--streaming");
     if (pair.vertical_modes.size() > 1) {
         std::string modes;

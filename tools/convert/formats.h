@@ -31,8 +31,15 @@ struct FormatInfo {
 
 const std::vector<FormatInfo>& AllFormats();
 const FormatInfo& Info(Format f);
-std::optional<Format> ParseFormat(std::string_view token);  // case-insensitive
-std::string FormatTokenList();                              // "UYVY16I, YUYV16I, ..."
+// A format token, or the raw name that tools such as ffmpeg give the same
+// layout (uyvy422, yuyv422, nv16, vuya, bgra, bgr24, gray); case-insensitive.
+std::optional<Format> ParseFormat(std::string_view token);
+std::string FormatTokenList();  // "UYVY16I, YUYV16I, ..."
+
+// The raw format a file name's extension names (.uyvy, .yuyv, .nv16, .bgra,
+// .bgr24; any case), for commands without --from or --to.
+std::optional<Format> FormatFromExtension(std::string_view path);
+std::string ExtensionList();  // ".uyvy, .yuyv, ..., .png"
 
 bool IsYuv(Format f);            // any of the 4:2:2 or 4:4:4 YUV layouts, with or without alpha plane
 bool NeedsEvenWidth(Format f);   // pixel pairs share chroma
@@ -60,6 +67,11 @@ struct Pair {
 const std::vector<Pair>& AllPairs();
 const Pair* FindPair(Format src, Format dst);
 std::string ExportName(Format src, Format dst);  // ZENK_SSE2_<SRC>_<DST>_EX
+
+// Whether the pair's result depends on the constant alpha (--alpha), and on
+// the colour options (matrix, range, luma clamp).
+bool UsesConstantAlpha(const Pair& pair);
+bool UsesColourOptions(const Pair& pair);
 
 // The request options that change a pair's result, for --list.
 std::string PairOptions(const Pair& pair);

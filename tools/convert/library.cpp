@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <climits>
+#include <cstdlib>
 #include <cstddef>
 #include <vector>
 
@@ -81,6 +82,15 @@ Library::Library(const std::string& path) {
 
 Library::~Library() {
     if (handle_) dlclose(handle_);
+}
+
+std::string Library::version() const {
+    char real[PATH_MAX];
+    const std::string file = realpath(path_.c_str(), real) ? real : path_;
+    const size_t so = file.rfind(".so.");
+    const std::string suffix = so == std::string::npos ? "" : file.substr(so + 4);
+    const bool numeric = !suffix.empty() && suffix.find_first_not_of("0123456789.") == std::string::npos;
+    return numeric ? suffix : "unknown";
 }
 
 ZenkConvertFunction Library::Find(Format src, Format dst) const {

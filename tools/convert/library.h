@@ -24,6 +24,9 @@ public:
     ZenkConvertFunction Find(Format src, Format dst) const;
     bool Has(Format src, Format dst) const { return Find(src, dst) != nullptr; }
     const std::string& path() const { return path_; }
+    // The version in the loaded file's name (libZenkTranscoderLibrary.so.0.1.0,
+    // after following links), or "unknown" for a file named without one.
+    std::string version() const;
 
 private:
     void* handle_ = nullptr;

@@ -19,18 +19,30 @@ namespace {
 
 constexpr const char* kDescription = R"(Convert pictures between the pixel formats of ZenkTranscoderLibrary.
 
-  zenk-convert --from UYVY16I --size 1920x1080 grab.uyvy grab.png
-  zenk-convert --to UYVY16I --matrix 601 graphic.png graphic.uyvy
-  zenk-convert --test-card bars75 --size 1920x1080 --to Y8PUV8I bars.nv16
-  zenk-convert --demo demo-output
-
 Raw files hold whole frames one after another, each frame's planes in the
 library's order with tight lines: the colour block (for Y8PUV8I the luma plane
 then the Cb,Cr plane), then the alpha plane of an IA8P format. Common names:
 UYVY16I = uyvy422, YUYV16I = yuyv422, Y8PUV8I = nv16, V8U8Y8A8I = vuya,
-BGR32I = bgra, BGR24I = bgr24, A8P = gray. A PNG input reads as BGR32I (its alpha, or opaque)
-or BGR24I; a PNG output shows the result, converted back to BGR with the same
-options when it is YUV. "-" is standard input or output (raw frames).)";
+BGR32I = bgra, BGR24I = bgr24, A8P = gray; these names are accepted too, and
+.uyvy, .yuyv, .nv16, .bgra and .bgr24 files need no --from or --to. A PNG input
+reads as BGR32I (its alpha, or opaque) or BGR24I; a PNG output shows the
+result, converted back to BGR with the same options when it is YUV. Chroma is
+point-sampled: a pixel pair's Cb comes from its even pixel, its Cr from its
+odd pixel, and decoding repeats each pair's chroma for both pixels. "-" is
+standard input or output: raw frames, or a PNG on standard input without
+--from.)";
+
+constexpr const char* kExamples = R"(Examples:
+  zenk-convert -s 1920x1080 grab.uyvy grab.png
+                      look at a raw UYVY16I grab
+  zenk-convert --to UYVY16I --matrix 601 graphic.png graphic.uyvy
+                      a PNG to raw UYVY16I in BT.601
+  zenk-convert --test-card bars75 -s 1920x1080 bars.nv16
+                      a test card as raw Y8PUV8I (nv16)
+  zenk-convert -s 1920x1080 clip.uyvy --frames 1:25 frame-%04d.png
+                      the first 25 frames of a clip as frame-0001.png to frame-0025.png
+  zenk-convert --demo demo-output
+                      the demonstration: the test card through every format and back)";
 
 void PrintList(const Library& library) {
     std::printf("Format pairs (source -> destination), from %s:\n", library.path().c_str());
@@ -62,23 +74,27 @@ int Main(int argc, char** argv) {
     std::string from, to, size, matrix, src_matrix, dst_matrix, library_path, demo_dir;
     int alpha = -1;
     uint32_t alpha_word = 0;
-    bool list = false;
+    std::string frames;
+    bool list = false, version = false;
 
     app.add_option("FILES", files, "INPUT OUTPUT, or only OUTPUT with --test-card or an A8C source")
         ->type_name("");
     app.footer("Exit status: 0 done, 1 system failure, 2 bad command, 3 bad input, 4 output not written,\n"
                "5 no library.\n"
-               "See --list for the format pairs and docs/zenk-convert.md for the details.");
+               "See --list for the format pairs and docs/zenk-convert.md for the details.\n\n" +
+               std::string(kExamples));
     app.add_option("--from", from, "source format (a PNG input reads as BGR32I unless BGR24I is given)");
     app.add_option("--to", to, "destination format (a PNG output defaults to BGR32I)");
-    app.add_option("--size", size, "picture size WIDTHxHEIGHT of a raw input or a test card");
+    app.add_option("-s,--size", size, "picture size WIDTHxHEIGHT of a raw input or a test card");
+    app.add_option("--frames", frames, "convert frames FIRST:LAST of the input, counted from 1 (LAST included; 5: to the end)");
     app.add_option("--test-card", job.test_card, "make the source picture: bars100, bars75, ramp or keyed-bars");
-    app.add_option("--matrix", matrix, "colour matrix of both sides: 601 or 709 (default 709)")
-        ->check(CLI::IsMember({"601", "709"}));
+    const auto matrices = CLI::IsMember({"601", "709", "bt601", "bt709"}, CLI::ignore_case);
+    app.add_option("--matrix", matrix, "colour matrix of both sides: 601 or 709 (bt601, bt709; default 709)")
+        ->check(matrices);
     app.add_option("--src-matrix", src_matrix, "source matrix of a YUV to YUV conversion: 601 or 709")
-        ->check(CLI::IsMember({"601", "709"}));
+        ->check(matrices);
     app.add_option("--dst-matrix", dst_matrix, "destination matrix of a YUV to YUV conversion: 601 or 709")
-        ->check(CLI::IsMember({"601", "709"}));
+        ->check(matrices);
     app.add_flag("--full-range", job.options.full_range, "full-swing luma (0-255) instead of studio range (16-235)");
     app.add_flag("--clamp-luma", job.options.clamp_luma, "clamp luma to 16-235");
     app.add_option("--alpha", alpha, "constant alpha 0-255 for outputs whose alpha is not in the source (default 255)")
@@ -95,8 +111,12 @@ int Main(int argc, char** argv) {
                  "the source is interlaced: reduce each field on its own (line-pair modes)");
     app.add_option("--threads", job.threads, "convert horizontal slices of each frame on N threads")
         ->check(CLI::Range(1, 256));
+    app.add_option("--zoom", job.zoom, "repeat each pixel of a PNG output N times each way, to look at single pixels")
+        ->check(CLI::Range(1, 64));
+    app.add_flag("-q,--quiet", job.quiet, "no warnings, notes or summary line");
     app.add_option("--library", library_path, "the conversion library to load (default: beside the tool, then its run path)");
     app.add_flag("--list", list, "print every format pair with its options, the raw layouts and the test cards");
+    app.add_flag("--version", version, "print the versions of zenk-convert and of the library it loads");
     app.add_option("--demo", demo_dir,
                    "run the demonstration into DIR: the test card (default bars100, 1920x1080) through every format and back");
 
@@ -109,8 +129,13 @@ int Main(int argc, char** argv) {
         return kExitUsage;
     }
 
+    if (version) std::printf("zenk-convert %s\n", ZENK_TOOL_VERSION);
     try {
         const Library library(library_path);
+        if (version) {
+            std::printf("library %s, from %s\n", library.version().c_str(), library.path().c_str());
+            return kExitOk;
+        }
         if (list) {
             PrintList(library);
             return kExitOk;
@@ -122,7 +147,7 @@ int Main(int argc, char** argv) {
                                             FormatTokenList() + ")");
         };
         auto matrix_code = [](const std::string& m, int32_t fallback) {
-            return m.empty() ? fallback : (m == "601" ? 1 : 0);
+            return m.empty() ? fallback : (m.substr(m.size() - 3) == "601" ? 1 : 0);
         };
         const int32_t both = matrix_code(matrix, 0);
         job.options.src_matrix = matrix_code(src_matrix, both);
@@ -144,6 +169,10 @@ int Main(int argc, char** argv) {
         job.from = parse_format(from, "--from");
         job.to = parse_format(to, "--to");
         if (!size.empty()) job.size = ParseSize(size);
+        if (!frames.empty()) job.frames = ParseFrames(frames);
+        for (const char* flag : {"--matrix", "--src-matrix", "--dst-matrix", "--full-range", "--clamp-luma", "--alpha",
+                                 "--alpha-word"})
+            if (app.count(flag)) job.options_given.push_back(flag);
         const bool no_input = !job.test_card.empty() || job.from == Format::A8C;
         if (files.empty()) throw ToolError(kExitUsage, "no OUTPUT given (see --help)");
         if (no_input && files.size() != 1)
@@ -152,8 +181,12 @@ int Main(int argc, char** argv) {
         if (!no_input && files.size() != 2) throw ToolError(kExitUsage, "give INPUT and OUTPUT (see --help)");
         if (files.size() == 2) job.input = files[0];
         job.output = files.back();
-        job.progress = isatty(STDERR_FILENO) != 0;
-        RunJob(job, library);
+        // A terminal gets a progress bar and a closing summary; a script
+        // reading standard error gets neither.
+        const bool terminal = isatty(STDERR_FILENO) != 0;
+        job.progress = terminal;
+        const JobReport report = RunJob(job, library);
+        if (terminal && !job.quiet) std::fprintf(stderr, "zenk-convert: %s\n", Summary(report).c_str());
         return kExitOk;
     } catch (const ToolError& e) {
         std::fprintf(stderr, "zenk-convert: error: %s\n", e.what());
