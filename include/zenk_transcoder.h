@@ -33,6 +33,12 @@
  *    destination) and shares the luma plane's pitch and skip.
  *  - src_height is the line count of both pictures.
  *
+ * Chroma siting of the 4:2:2 layouts: the encoders point-sample each pixel
+ * pair's chroma, Cb from its even pixel and Cr from its odd pixel, with no
+ * averaging; the decoders give both pixels of a pair the pair's chroma, with
+ * no interpolation. A colour edge inside a pair comes back with a one-pixel
+ * fringe (docs/zenk-convert.md, "Chroma siting", shows one).
+ *
  * Line-pair modes (scan_mode 1 or 2 with vertical_mode 1 or 2, on the five
  * exports with a kernel table): dst_height destination lines, each made from
  * one source line. The destination is walked like any picture: dst_skip is
