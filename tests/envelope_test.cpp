@@ -34,10 +34,10 @@ std::vector<EnvelopeRow> EnvelopeRows() {
         {"alpha_value 0xFFFFFFFF", {}, AlphaAllOnes},
         {"alpha_value 0xFFFF0000", {}, AlphaHighWordOnly},
         {"aligned planes", {.aligned = true}, NoChange},
-        {"line-pair modes", {.pair_mode = true}, NoChange},
-        {"line-pair modes, width 1", {.width = 1, .pair_mode = true}, NoChange},
-        {"line-pair modes, no source lines", {.height = 0, .pair_mode = true}, NoChange},
-        {"line-pair modes, every plane bottom-up", {.bottom_up_percent = 100, .pair_mode = true}, NoChange},
+        {"line-pair modes", {.pair_mode = kAnyPairMode}, NoChange},
+        {"line-pair modes, width 1", {.width = 1, .pair_mode = kAnyPairMode}, NoChange},
+        {"line-pair modes, no source lines", {.height = 0, .pair_mode = kAnyPairMode}, NoChange},
+        {"line-pair modes, every plane bottom-up", {.bottom_up_percent = 100, .pair_mode = kAnyPairMode}, NoChange},
     };
     static const char* kOffsets[16] = {"destination at 16+0",  "destination at 16+1",  "destination at 16+2",
                                        "destination at 16+3",  "destination at 16+4",  "destination at 16+5",
@@ -61,7 +61,7 @@ void RunEnvelope(GuardPage guard, int iterations) {
             style.even_width = guard != GuardPage::kNone;
             // Destination offsets the export does not allow are not in its envelope.
             if (style.residue >= 0 && style.residue % e.dst.line_alignment != 0) continue;
-            if (style.pair_mode && e.pair_modes.empty()) continue;
+            if (style.pair_mode != 0 && e.pair_modes.empty()) continue;
             for (int i = 0; i < iterations; ++i) {
                 Scene scene;
                 Request r = BuildGenericRequest(rng, scene, e, style);
