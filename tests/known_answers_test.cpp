@@ -9,9 +9,11 @@
 #include <vector>
 
 #include "reference/yuv_to_yuv_reference.h"
+#include "rgb_alpha/rgb_alpha_kernels.h"
 #include "support/counting_host_settings.h"
 #include "support/host_option_fixture.h"
 #include "support/test_picture.h"
+#include "yuv_to_rgb/yuv_to_rgb_kernels.h"
 
 namespace zenk::test {
 namespace {
@@ -309,6 +311,24 @@ TEST(SameStandard, UvyyReorderOnlyWhenAligned) {
         l.dst_offset = row.offset;
         const std::vector<uint8_t> out = Convert(l);
         EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 32), Repeat(row.pair, 8)) << row.offset;
+    }
+}
+
+// ---- Heads ----------------------------------------------------------------------------------
+
+// The head of an any-alignment BGR24 line is the fewest pixels that bring its
+// start to a 16-byte boundary. The walks store an unaligned body the same
+// bytes, so only these tables show a head that falls short.
+TEST(Heads, Bgr24HeadsReachTheFirstBoundary) {
+    alignas(16) static uint8_t line[32];
+    for (int residue = 0; residue < 16; ++residue) {
+        const int pixels[] = {rgb_alpha::kBgr24HeadPixels[residue],
+                              residue % 2 ? -1 : 2 * yuv_to_rgb::Bgr24HeadPairs(line + residue)};
+        for (int head : pixels) {
+            if (head < 0) continue;  // decoded BGR24 lines start on even bytes
+            EXPECT_EQ((residue + 3 * head) % 16, 0) << residue;
+            for (int fewer = 0; fewer < head; ++fewer) EXPECT_NE((residue + 3 * fewer) % 16, 0) << residue;
+        }
     }
 }
 
