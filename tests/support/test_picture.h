@@ -137,17 +137,6 @@ public:
     const AlignedBytes& bytes() const { return bytes_; }
     AlignedBytes& bytes() { return bytes_; }
     size_t first_offset() const { return first_; }
-    // Fills the plane's lines (not the guard room) by a function of (line, byte).
-    template <class F>
-    void FillLines(F&& value) {
-        for (int32_t y = 0; y < shape_.lines + shape_.extra_lines; ++y) {
-            uint8_t* line = LineStart(y);
-            for (int32_t x = 0; x < shape_.line_bytes; ++x) line[x] = value(y, x);
-        }
-    }
-    uint8_t* LineStart(int32_t y) {
-        return first_line() + static_cast<ptrdiff_t>(y) * (shape_.bottom_up ? -shape_.pitch : shape_.pitch);
-    }
 
 private:
     PlaneShape shape_;
