@@ -10,6 +10,7 @@
 // (<kernel> "export" for the export itself, <level> "-" for it.)
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -51,8 +52,7 @@ protected:
         AnswerAtRandom(rng);
         Scene scene;
         const Request r = BuildGenericRequest(rng, scene, export_(), drawn);
-        const ::testing::AssertionResult same =
-            zenk::test::Differential(scene, r, convert, reference);
+        const ::testing::AssertionResult same = zenk::test::Differential(scene, r, convert, reference);
         if (!same) {
             ADD_FAILURE() << same.message() << "\n  repeat: ZENK_TEST_SEED=" << TestSeed() << " ZENK_TEST_CASE='" << id
                           << "'";
@@ -67,7 +67,11 @@ TEST_P(Differential, KernelsAndExportMatchReference) {
     const ExportUnderTest& e = export_();
     for (const KernelUnderTest& k : e.kernels) {
         for (size_t level = 0; level < kLevelCount; ++level) {
-            if (!LevelAvailable(kLevels[level])) continue;
+            if (!LevelAvailable(kLevels[level])) {
+                std::printf("%s: %s kernels not run, the processor lacks %s\n", e.name.c_str(), k.name.c_str(),
+                            LevelName(kLevels[level]));
+                continue;
+            }
             const std::string what = e.name + ":" + k.name + ":" + LevelName(kLevels[level]);
             for (int i = 0; i < kKernelCases && failures_ < 3; ++i)
                 RunCase(what, i, &k.style, [&](const Request& r) { k.at_level[level](&r); }, k.reference);

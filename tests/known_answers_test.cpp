@@ -37,7 +37,7 @@ std::vector<uint8_t> Convert(const Line& l) {
     alignas(16) uint8_t src[512] = {};
     alignas(16) uint8_t dst[1024];
     std::memset(dst, 0xEE, sizeof dst);
-    std::memcpy(src, l.src.data(), std::min(l.src.size(), sizeof src));
+    if (!l.src.empty()) std::memcpy(src, l.src.data(), std::min(l.src.size(), sizeof src));
     Request r{};
     r.src_plane = src;
     r.src_width = l.width;
