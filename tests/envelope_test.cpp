@@ -39,13 +39,13 @@ std::vector<EnvelopeRow> EnvelopeRows() {
         {"line-pair modes, no source lines", {.height = 0, .pair_mode = kAnyPairMode}, NoChange},
         {"line-pair modes, every plane bottom-up", {.bottom_up_percent = 100, .pair_mode = kAnyPairMode}, NoChange},
     };
-    static const char* kOffsets[16] = {"destination at 16+0",  "destination at 16+1",  "destination at 16+2",
-                                       "destination at 16+3",  "destination at 16+4",  "destination at 16+5",
-                                       "destination at 16+6",  "destination at 16+7",  "destination at 16+8",
-                                       "destination at 16+9",  "destination at 16+10", "destination at 16+11",
-                                       "destination at 16+12", "destination at 16+13", "destination at 16+14",
-                                       "destination at 16+15"};
-    for (int32_t residue = 0; residue < 16; ++residue) rows.push_back({kOffsets[residue], {.residue = residue}, NoChange});
+    static const std::vector<std::string> kOffsets = [] {
+        std::vector<std::string> names;
+        for (int residue = 0; residue < 16; ++residue) names.push_back("destination at 16+" + std::to_string(residue));
+        return names;
+    }();
+    for (int32_t residue = 0; residue < 16; ++residue)
+        rows.push_back({kOffsets[residue].c_str(), {.residue = residue}, NoChange});
     return rows;
 }
 

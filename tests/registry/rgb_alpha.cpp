@@ -53,30 +53,24 @@ void ExportReference(const RgbRow& c, const Request& r) {
     if (c.pass == Pass::kAlphaOnly) ReferenceAlphaPass(r, S::kAlphaPlane, true);
 }
 
-const Registration kRegistration([] {
-    std::vector<ExportUnderTest> exports;
-    for (const RgbRow& c : kRows) {
-        ExportUnderTest e;
-        e.name = std::string("ZENK_SSE2_") + c.name + "_EX";
-        e.convert = c.convert;
-        e.src = {SourceBytes(c)};
-        e.src_alpha = {c.colour.source == S::kBgr24AlphaPlane || c.pass == Pass::kAlphaCopy ||
-                               c.pass == Pass::kAlphaOnly ? 1 : 0};
-        const int dst_bytes = DestinationBytesPerPixel(c.colour.destination);
-        e.dst = {c.pass == Pass::kAlphaOnly ? 1 : dst_bytes, false, 0, dst_bytes == 4 ? 4 : 1};
-        e.dst_alpha = {c.colour.destination == D::kBgr24AlphaPlane || c.pass == Pass::kConstantAlpha ||
-                               c.pass == Pass::kAlphaCopy ? 1 : 0};
-        e.reference = [c](const Request& r) { ExportReference(c, r); };
-        if (c.kernels != nullptr) {
-            const RequestStyle aligned{.block = c.block, .drift_pitch = true, .source_anywhere = c.source_anywhere};
-            AddVariants(e, {"", {c.kernels->variant}}, aligned, [c](const Request& r, int variant) {
-                ReferenceRgbConvert(r, c.colour, variant < 2 ? c.block : 0);
-            });
-        }
-        exports.push_back(std::move(e));
+const Registration kRegistration = RegisterEach(kRows, [](const RgbRow& c) {
+    ExportUnderTest e = Named(c.name, c.convert);
+    e.src = {SourceBytes(c)};
+    e.src_alpha = {c.colour.source == S::kBgr24AlphaPlane || c.pass == Pass::kAlphaCopy ||
+                           c.pass == Pass::kAlphaOnly ? 1 : 0};
+    const int dst_bytes = DestinationBytesPerPixel(c.colour.destination);
+    e.dst = {c.pass == Pass::kAlphaOnly ? 1 : dst_bytes, false, 0, dst_bytes == 4 ? 4 : 1};
+    e.dst_alpha = {c.colour.destination == D::kBgr24AlphaPlane || c.pass == Pass::kConstantAlpha ||
+                           c.pass == Pass::kAlphaCopy ? 1 : 0};
+    e.reference = [c](const Request& r) { ExportReference(c, r); };
+    if (c.kernels != nullptr) {
+        const RequestStyle aligned{.block = c.block, .drift_pitch = true, .source_anywhere = c.source_anywhere};
+        AddVariants(e, {"", {c.kernels->variant}}, aligned, [c](const Request& r, int variant) {
+            ReferenceRgbConvert(r, c.colour, variant < 2 ? c.block : 0);
+        });
     }
-    return exports;
-}());
+    return e;
+});
 
 }  // namespace
 }  // namespace zenk::test

@@ -70,40 +70,34 @@ void ExportReference(const EncodeRow& c, const Request& r) {
     if (c.alpha == Alpha::kCopy) ReferenceAlphaPass(r, RgbSource::kAlphaPlane);
 }
 
-const Registration kRegistration([] {
-    std::vector<ExportUnderTest> exports;
-    for (const EncodeRow& c : kRows) {
-        ExportUnderTest e;
-        e.name = std::string("ZENK_SSE2_") + c.name + "_EX";
-        e.convert = c.convert;
-        // A BGR24 single pair reads up to 6 bytes past its last pixel.
-        e.src = c.source == Src::kBgr32 ? PlaneSpec{4} : PlaneSpec{3, false, 6};
-        e.src_alpha = {c.alpha == Alpha::kCopy ? 1 : 0};
-        e.dst = c.layout == Lay::kY8Uv ? PlaneSpec{1, true} : PlaneSpec{2, false, 0, 4, true};
-        e.dst_alpha = {c.alpha == Alpha::kNone ? 0 : 1};
-        e.reference = [c](const Request& r) { ExportReference(c, r); };
-        if (c.kernels != nullptr) {
-            RequestStyle aligned{.block = 8, .drift_pitch = true, .source_anywhere = c.source == Src::kBgr24};
-            AddVariants(e, {"", {c.kernels->variant}}, aligned, [c](const Request& r, int variant) {
-                ReferenceEncode(r, {c.source, c.layout, c.alpha == Alpha::kFromSource, 0, variant < 2},
-                                QueryHostOption());
-            });
-        }
-        if (c.pair_modes != nullptr) {
-            e.pair_modes = {1, 2, 3};
-            const Kernel kernels[] = {c.pair_modes->halve, c.pair_modes->quarter, c.pair_modes->twice};
-            for (int32_t mode : e.pair_modes) {
-                e.kernels.push_back({"mode" + std::to_string(mode), {kernels[mode - 1]}, {.pair_mode = mode},
-                                     [c, mode](const Request& r) {
-                                         ReferenceEncode(r, {c.source, c.layout, false, mode, false},
-                                                         QueryHostOption());
-                                     }});
-            }
-        }
-        exports.push_back(std::move(e));
+const Registration kRegistration = RegisterEach(kRows, [](const EncodeRow& c) {
+    ExportUnderTest e = Named(c.name, c.convert);
+    // A BGR24 single pair reads up to 6 bytes past its last pixel.
+    e.src = c.source == Src::kBgr32 ? PlaneSpec{4} : PlaneSpec{3, false, 6};
+    e.src_alpha = {c.alpha == Alpha::kCopy ? 1 : 0};
+    e.dst = c.layout == Lay::kY8Uv ? PlaneSpec{1, true} : PlaneSpec{2, false, 0, 4, true};
+    e.dst_alpha = {c.alpha == Alpha::kNone ? 0 : 1};
+    e.reference = [c](const Request& r) { ExportReference(c, r); };
+    if (c.kernels != nullptr) {
+        RequestStyle aligned{.block = 8, .drift_pitch = true, .source_anywhere = c.source == Src::kBgr24};
+        AddVariants(e, {"", {c.kernels->variant}}, aligned, [c](const Request& r, int variant) {
+            ReferenceEncode(r, {c.source, c.layout, c.alpha == Alpha::kFromSource, 0, variant < 2},
+                            QueryHostOption());
+        });
     }
-    return exports;
-}());
+    if (c.pair_modes != nullptr) {
+        e.pair_modes = {1, 2, 3};
+        const Kernel kernels[] = {c.pair_modes->halve, c.pair_modes->quarter, c.pair_modes->twice};
+        for (int32_t mode : e.pair_modes) {
+            e.kernels.push_back({"mode" + std::to_string(mode), {kernels[mode - 1]}, {.pair_mode = mode},
+                                 [c, mode](const Request& r) {
+                                     ReferenceEncode(r, {c.source, c.layout, false, mode, false},
+                                                     QueryHostOption());
+                                 }});
+        }
+    }
+    return e;
+});
 
 }  // namespace
 }  // namespace zenk::test

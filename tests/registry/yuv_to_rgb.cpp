@@ -73,38 +73,32 @@ void ExportReference(const DecodeRow& c, const Request& r) {
 
 // Unaligned BGR32 lines start on 8-byte boundaries and BGR24 lines on even
 // bytes, or anywhere, stored unaligned.
-const Registration kRegistration([] {
-    std::vector<ExportUnderTest> exports;
-    for (const DecodeRow& c : kRows) {
-        ExportUnderTest e;
-        e.name = std::string("ZENK_SSE2_") + c.name + "_EX";
-        e.convert = c.convert;
-        e.src = c.layout == L::kPlanar ? PlaneSpec{1, true} : PlaneSpec{2};
-        e.src_alpha = {c.src_alpha ? 1 : 0};
-        e.dst = {c.bgr24 ? 3 : 4, false, 0, c.bgr24 ? 2 : 8, true};
-        e.dst_alpha = {c.kind == K::kConstantAlpha || c.kind == K::kAlphaCopy ? 1 : 0};
-        e.reference = [c](const Request& r) { ExportReference(c, r); };
-        if (c.kernels != nullptr) {
-            // BGR24 lines whose pitch takes them off a boundary are stored
-            // unaligned by every walk; BGR32 aligned kernels need whole 16s.
-            const int block = c.bgr24 ? 16 : 8;
-            const RequestStyle aligned{.block = block, .drift_pitch = c.bgr24, .source_anywhere = c.src_width == 0};
-            AddVariants(e, {"", {c.kernels->variant}}, aligned, [c, block](const Request& r, int variant) {
-                ReferenceYuvToRgb(r, {c.layout, c.fourth[variant]}, variant < 2 ? block : 0, QueryHostOption());
-            });
-        }
-        if (c.pair_mode != nullptr) {
-            e.pair_modes = {1, 2};
-            for (int32_t mode : e.pair_modes)
-                e.kernels.push_back({"mode" + std::to_string(mode), {c.pair_mode}, {.pair_mode = mode},
-                                     [c](const Request& r) {
-                                         ReferenceYuvToRgbPairModes(r, {c.layout, c.fourth[3]}, QueryHostOption());
-                                     }});
-        }
-        exports.push_back(std::move(e));
+const Registration kRegistration = RegisterEach(kRows, [](const DecodeRow& c) {
+    ExportUnderTest e = Named(c.name, c.convert);
+    e.src = c.layout == L::kPlanar ? PlaneSpec{1, true} : PlaneSpec{2};
+    e.src_alpha = {c.src_alpha ? 1 : 0};
+    e.dst = {c.bgr24 ? 3 : 4, false, 0, c.bgr24 ? 2 : 8, true};
+    e.dst_alpha = {c.kind == K::kConstantAlpha || c.kind == K::kAlphaCopy ? 1 : 0};
+    e.reference = [c](const Request& r) { ExportReference(c, r); };
+    if (c.kernels != nullptr) {
+        // BGR24 lines whose pitch takes them off a boundary are stored
+        // unaligned by every walk; BGR32 aligned kernels need whole 16s.
+        const int block = c.bgr24 ? 16 : 8;
+        const RequestStyle aligned{.block = block, .drift_pitch = c.bgr24, .source_anywhere = c.src_width == 0};
+        AddVariants(e, {"", {c.kernels->variant}}, aligned, [c, block](const Request& r, int variant) {
+            ReferenceYuvToRgb(r, {c.layout, c.fourth[variant]}, variant < 2 ? block : 0, QueryHostOption());
+        });
     }
-    return exports;
-}());
+    if (c.pair_mode != nullptr) {
+        e.pair_modes = {1, 2};
+        for (int32_t mode : e.pair_modes)
+            e.kernels.push_back({"mode" + std::to_string(mode), {c.pair_mode}, {.pair_mode = mode},
+                                 [c](const Request& r) {
+                                     ReferenceYuvToRgbPairModes(r, {c.layout, c.fourth[3]}, QueryHostOption());
+                                 }});
+    }
+    return e;
+});
 
 }  // namespace
 }  // namespace zenk::test

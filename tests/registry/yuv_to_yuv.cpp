@@ -66,36 +66,30 @@ const ExportRow kRows[] = {
     {"YUYV16IA8P_UYVY16IA8P", ZENK_SSE2_YUYV16IA8P_UYVY16IA8P_EX, E::kYuyvToUyvy, Dst::kPacked, Alpha::kCopy, {}},
 };
 
-const Registration kRegistration([] {
-    std::vector<ExportUnderTest> exports;
-    for (const ExportRow& c : kRows) {
-        ExportUnderTest e;
-        e.name = std::string("ZENK_SSE2_") + c.name + "_EX";
-        e.convert = c.convert;
-        e.src = {2};
-        e.src_alpha = {c.alpha == Alpha::kCopy ? 1 : 0};
-        // Packed and 4:4:4 lines start on 4-byte boundaries, or anywhere.
-        e.dst = c.destination == Dst::kPlanar ? PlaneSpec{1, true}
-                                              : PlaneSpec{c.destination == Dst::kWide ? 4 : 2, false, 0, 4, true};
-        e.dst_alpha = {c.alpha == Alpha::kNone ? 0 : 1};
-        e.lines_bound_writes = c.destination != Dst::kPlanar;
-        e.reference = [c](const Request& r) {
-            ReferenceYuvExport(r, c.colour);
-            if (c.alpha == Alpha::kConstant) ReferenceAlphaPass(r, RgbSource::kAlphaConstant);
-            if (c.alpha == Alpha::kCopy) ReferenceAlphaPass(r, RgbSource::kAlphaPlane);
-        };
-        // The aligned kernels take their source at any address, and the
-        // split its planes at any pitch.
-        const RequestStyle aligned{.block = c.destination == Dst::kWide ? 8 : 16,
-                                   .drift_pitch = c.destination == Dst::kPlanar, .source_anywhere = true};
-        for (const KernelRow& kernel : c.kernels)
-            AddVariants(e, {kernel.name, {kernel.kernels->variant}}, aligned, [kernel](const Request& r, int variant) {
-                ReferenceYuvKernel(r, variant < 2 ? kernel.aligned_model : kernel.any_model, variant < 2);
-            });
-        exports.push_back(std::move(e));
-    }
-    return exports;
-}());
+const Registration kRegistration = RegisterEach(kRows, [](const ExportRow& c) {
+    ExportUnderTest e = Named(c.name, c.convert);
+    e.src = {2};
+    e.src_alpha = {c.alpha == Alpha::kCopy ? 1 : 0};
+    // Packed and 4:4:4 lines start on 4-byte boundaries, or anywhere.
+    e.dst = c.destination == Dst::kPlanar ? PlaneSpec{1, true}
+                                          : PlaneSpec{c.destination == Dst::kWide ? 4 : 2, false, 0, 4, true};
+    e.dst_alpha = {c.alpha == Alpha::kNone ? 0 : 1};
+    e.lines_bound_writes = c.destination != Dst::kPlanar;
+    e.reference = [c](const Request& r) {
+        ReferenceYuvExport(r, c.colour);
+        if (c.alpha == Alpha::kConstant) ReferenceAlphaPass(r, RgbSource::kAlphaConstant);
+        if (c.alpha == Alpha::kCopy) ReferenceAlphaPass(r, RgbSource::kAlphaPlane);
+    };
+    // The aligned kernels take their source at any address, and the
+    // split its planes at any pitch.
+    const RequestStyle aligned{.block = c.destination == Dst::kWide ? 8 : 16,
+                               .drift_pitch = c.destination == Dst::kPlanar, .source_anywhere = true};
+    for (const KernelRow& kernel : c.kernels)
+        AddVariants(e, {kernel.name, {kernel.kernels->variant}}, aligned, [kernel](const Request& r, int variant) {
+            ReferenceYuvKernel(r, variant < 2 ? kernel.aligned_model : kernel.any_model, variant < 2);
+        });
+    return e;
+});
 
 }  // namespace
 }  // namespace zenk::test

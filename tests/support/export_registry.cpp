@@ -22,6 +22,13 @@ Registration::Registration(std::vector<ExportUnderTest> exports) {
     for (ExportUnderTest& e : exports) RegisteredExports().push_back(std::move(e));
 }
 
+ExportUnderTest Named(const char* pair, ZenkConvertFunction convert) {
+    ExportUnderTest e;
+    e.name = std::string("ZENK_SSE2_") + pair + "_EX";
+    e.convert = convert;
+    return e;
+}
+
 void AddVariants(ExportUnderTest& e, const KernelQuadLevels& quads, RequestStyle aligned,
                  std::function<void(const Request&, int variant)> reference) {
     for (int variant = 0; variant < 4; ++variant) {

@@ -100,6 +100,16 @@ struct Registration {
     explicit Registration(std::vector<ExportUnderTest> exports);
 };
 
+// Registers one export per row of a family's table: `make(row)` describes
+// it, starting from Named(row.name, row.convert).
+template <class Rows, class Make>
+Registration RegisterEach(const Rows& rows, Make make) {
+    std::vector<ExportUnderTest> exports;
+    for (const auto& row : rows) exports.push_back(make(row));
+    return Registration(std::move(exports));
+}
+ExportUnderTest Named(const char* pair, ZenkConvertFunction convert);  // "BGR32I_UYVY16I" -> ZENK_SSE2_..._EX
+
 // The four variants of a kernel quad (one quad per level), variants 0 and 1
 // on aligned requests of `aligned`'s shape; `reference(r, variant)`.
 struct KernelQuadLevels {
