@@ -1,11 +1,10 @@
-// The export frame: kernel selection of the table exports, plain entry
-// points, and worked examples of the pair modes' line addressing.
+// The export frame: plain entry points, and worked examples of the pair
+// modes' line addressing. (Kernel selection shows in the differential
+// test's export cases.)
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <vector>
 
-#include "frame/export_frame.h"
 #include "frame/line_addressing.h"
 #include "support/counting_host_settings.h"
 #include "support/host_option_fixture.h"
@@ -15,41 +14,6 @@ namespace zenk {
 namespace {
 
 alignas(16) uint8_t g_aligned[64];
-
-// ---- SelectKernelVariant ------------------------------------------------------------------
-
-TEST(SelectKernelVariant, TableOfRequests) {
-    struct Row {
-        int src_offset, src_stride, dst_offset, dst_stride, width;
-        uint8_t streaming;
-        int vertical_mode;
-        int expected;
-    };
-    const Row rows[] = {
-        {0, 64, 0, 32, 8, 0, 0, 0},     // both tests hold
-        {0, 64, 0, 32, 8, 1, 0, 1},     // streaming
-        {0, 64, 0, 32, 8, 1, 3, 13},    // column 3, streaming
-        {0, 64, 0, 32, 8, 0, 4, 16},    // column 4
-        {0, 64, 0, 32, 8, 0, 7, 0},     // out of range: column 0
-        {1, 64, 0, 32, 8, 0, 0, 2},     // source plane off by one
-        {0, 48, 0, 32, 8, 0, 0, 2},     // source pitch not a multiple of 32
-        {0, 64, 0, 32, 4, 0, 0, 2},     // width a multiple of 4 but not of 8
-        {0, 64, 8, 32, 8, 1, 1, 7},     // destination off by 8, column 1
-    };
-    for (const Row& row : rows) {
-        Request r{};
-        r.src_plane = g_aligned + row.src_offset;
-        r.src_stride = row.src_stride;
-        r.dst_plane = g_aligned + row.dst_offset;
-        r.dst_stride = row.dst_stride;
-        r.width = row.width;
-        r.use_streaming_stores = row.streaming;
-        r.vertical_mode = row.vertical_mode;
-        EXPECT_EQ(SelectKernelVariant(r), row.expected)
-            << "src+" << row.src_offset << " pitch " << row.src_stride << " dst+" << row.dst_offset << " pitch "
-            << row.dst_stride << " width " << row.width << " mode " << row.vertical_mode;
-    }
-}
 
 // ---- Plain entry points ------------------------------------------------------------------
 
