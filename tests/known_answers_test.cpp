@@ -89,7 +89,8 @@ TEST_F(KnownAnswers, SeventyFivePercentBarsInBothMatrices) {
             SCOPED_TRACE(::testing::Message() << bar.name << (matrix == 1 ? " BT.601" : " BT.709"));
             const int y = matrix == 1 ? bar.y601 : bar.y709, cb = matrix == 1 ? bar.cb601 : bar.cb709,
                       cr = matrix == 1 ? bar.cr601 : bar.cr709;
-            for (auto [convert, bytes] : {std::pair<ZenkConvertFunction, int>{ZENK_SSE2_BGR32I_UYVY16I_EX, 4}, {ZENK_SSE2_BGR24I_UYVY16I_EX, 3}}) {
+            for (auto [convert, bytes] : {std::pair<ZenkConvertFunction, int>{ZENK_SSE2_BGR32I_UYVY16I_EX, 4},
+                                          {ZENK_SSE2_BGR24I_UYVY16I_EX, 3}}) {
                 std::vector<uint8_t> pixel = {bar.b, bar.g, bar.r, 0};
                 pixel.resize(bytes);
                 const std::vector<uint8_t> out = Convert({convert, Repeat(pixel, 20), 16, 0, matrix});
@@ -97,9 +98,9 @@ TEST_F(KnownAnswers, SeventyFivePercentBarsInBothMatrices) {
                 EXPECT_NEAR(out[1], y, 1);
                 EXPECT_NEAR(out[2], cr, 1);
             }
-            const std::vector<uint8_t> bgra = Convert({ZENK_SSE2_UYVY16I_BGR32I_EX,
-                                                   Repeat({uint8_t(cb), uint8_t(y), uint8_t(cr), uint8_t(y)}, 8), 16,
-                                                   0, matrix, 0, 1});
+            const std::vector<uint8_t> bgra =
+                Convert({ZENK_SSE2_UYVY16I_BGR32I_EX, Repeat({uint8_t(cb), uint8_t(y), uint8_t(cr), uint8_t(y)}, 8), 16,
+                         0, matrix, 0, 1});
             EXPECT_NEAR(bgra[0], bar.b ? 191 : 0, 2);
             EXPECT_NEAR(bgra[1], bar.g ? 191 : 0, 2);
             EXPECT_NEAR(bgra[2], bar.r ? 191 : 0, 2);
@@ -121,9 +122,10 @@ TEST_F(KnownAnswers, EncodedBlackAndWhiteInEachRange) {
     for (const Row& row : rows) {
         AnswerHostOption(row.option);
         for (uint8_t level : {0, 255}) {
-            const std::vector<uint8_t> out =
-                Convert({ZENK_SSE2_BGR32I_UYVY16I_EX, std::vector<uint8_t>(64, level), 16, 0, row.matrix, row.full_range});
-            EXPECT_EQ(out[1], level ? row.white : row.black) << row.matrix << " " << int(row.full_range) << " " << row.option;
+            const std::vector<uint8_t> out = Convert(
+                {ZENK_SSE2_BGR32I_UYVY16I_EX, std::vector<uint8_t>(64, level), 16, 0, row.matrix, row.full_range});
+            EXPECT_EQ(out[1], level ? row.white : row.black)
+                << row.matrix << " " << int(row.full_range) << " " << row.option;
             EXPECT_EQ(out[0], 128);
         }
     }
@@ -151,7 +153,8 @@ TEST_F(KnownAnswers, ConstantAlphaWordAndDwordForms) {
         uint32_t alpha_value;
         int word, even, odd;
     };
-    const Row rows[] = {{0x000000FF, 255, 255, 0}, {0x12345, 255, 255, 1}, {0xFFFF, 0, 0, 0}, {0x7FFF0080, 0x80, 0x80, 255}};
+    const Row rows[] = {
+        {0x000000FF, 255, 255, 0}, {0x12345, 255, 255, 1}, {0xFFFF, 0, 0, 0}, {0x7FFF0080, 0x80, 0x80, 255}};
     for (const Row& row : rows) {
         for (uint32_t offset : {0u, 8u}) {
             for (uint8_t streaming : {0, 1}) {
@@ -161,8 +164,8 @@ TEST_F(KnownAnswers, ConstantAlphaWordAndDwordForms) {
                 l.streaming = streaming;
                 const std::vector<uint8_t> out = Convert(l);
                 const bool word = offset == 0 && streaming == 0;  // the aligned cached kernel
-                SCOPED_TRACE(::testing::Message() << std::hex << row.alpha_value << " +" << offset << " streaming "
-                                                  << int(streaming));
+                SCOPED_TRACE(::testing::Message()
+                             << std::hex << row.alpha_value << " +" << offset << " streaming " << int(streaming));
                 EXPECT_EQ(out[3], word ? row.word : row.even);
                 EXPECT_EQ(out[7], word ? row.word : row.odd);
             }
@@ -195,8 +198,10 @@ TEST_F(KnownAnswers, Bgr24SinglePairReadsTheNextPair) {
     const std::vector<uint8_t> line = {10, 20, 30, 40, 50, 60, 70, 80, 200, 90, 100, 250};  // B, G, R
     for (int32_t matrix : {0, 1}) {
         const std::vector<uint8_t> single = Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, line, 2, 0, matrix, 0, 0, 0, 4});
-        const std::vector<uint8_t> even = Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, Repeat({10, 20, 200}, 16), 16, 0, matrix});
-        const std::vector<uint8_t> odd = Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, Repeat({40, 100, 250}, 16), 16, 0, matrix});
+        const std::vector<uint8_t> even =
+            Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, Repeat({10, 20, 200}, 16), 16, 0, matrix});
+        const std::vector<uint8_t> odd =
+            Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, Repeat({40, 100, 250}, 16), 16, 0, matrix});
         EXPECT_EQ(single[0], even[0]) << matrix;  // Cb of the even pixel
         EXPECT_EQ(single[1], even[1]) << matrix;
         EXPECT_EQ(single[2], odd[2]) << matrix;  // Cr of the odd pixel
@@ -210,8 +215,8 @@ TEST_F(KnownAnswers, Bgr24SinglePairReadsTheNextPair) {
 TEST_F(KnownAnswers, PlanarLumaClampLimitsPixelsTwoAndThreeOfEveryFour) {
     for (uint32_t offset : {0u, 6u}) {
         for (uint8_t level : {0, 255}) {
-            const std::vector<uint8_t> out = Convert({ZENK_SSE2_BGR32I_Y8PUV8I_EX, std::vector<uint8_t>(4 * 34, level), 34,
-                                                  0, 0, 1, 1, 0, offset});
+            const std::vector<uint8_t> out =
+                Convert({ZENK_SSE2_BGR32I_Y8PUV8I_EX, std::vector<uint8_t>(4 * 34, level), 34, 0, 0, 1, 1, 0, offset});
             for (int x = 0; x < 34; ++x) {
                 const int expected = x % 4 >= 2 ? (level ? 235 : 16) : level;
                 EXPECT_EQ(out[x], expected) << "x " << x << " +" << offset;
@@ -251,7 +256,8 @@ TEST(MatrixChange, WorkedPairs) {
     };
     for (const Row& row : rows)
         for (int32_t width : {2, 16}) {
-            const std::vector<uint8_t> out = Convert({ZENK_SSE2_UYVY16I_UYVY16I_EX, Repeat(row.in, 8), width, 1, 0, 0, row.clamp});
+            const std::vector<uint8_t> out =
+                Convert({ZENK_SSE2_UYVY16I_UYVY16I_EX, Repeat(row.in, 8), width, 1, 0, 0, row.clamp});
             EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 2 * width), Repeat(row.out, width / 2))
                 << row.what << ", width " << width;
             EXPECT_EQ(out[2 * width], 0xEE) << row.what;
@@ -304,8 +310,10 @@ TEST(SameStandard, UvyyReorderOnlyWhenAligned) {
         uint32_t offset;
         std::vector<uint8_t> pair;
     };
-    const Row rows[] = {{ZENK_SSE2_UYVY16I_UVYY16I_EX, 0, {1, 3, 2, 4}}, {ZENK_SSE2_UVYY16I_UYVY16I_EX, 0, {1, 3, 2, 4}},
-                        {ZENK_SSE2_UYVY16I_UVYY16I_EX, 4, {1, 2, 3, 4}}, {ZENK_SSE2_UVYY16I_UYVY16I_EX, 8, {1, 2, 3, 4}}};
+    const Row rows[] = {{ZENK_SSE2_UYVY16I_UVYY16I_EX, 0, {1, 3, 2, 4}},
+                        {ZENK_SSE2_UVYY16I_UYVY16I_EX, 0, {1, 3, 2, 4}},
+                        {ZENK_SSE2_UYVY16I_UVYY16I_EX, 4, {1, 2, 3, 4}},
+                        {ZENK_SSE2_UVYY16I_UYVY16I_EX, 8, {1, 2, 3, 4}}};
     for (const Row& row : rows) {
         Line l{row.convert, Repeat({1, 2, 3, 4}, 8), 16, 2, 2};
         l.dst_offset = row.offset;
