@@ -34,18 +34,18 @@ std::vector<EnvelopeRow> EnvelopeRows() {
         {"alpha_value 0xFFFFFFFF", {}, AlphaAllOnes},
         {"alpha_value 0xFFFF0000", {}, AlphaHighWordOnly},
         {"aligned planes", {.aligned = true}, NoChange},
-        {"line-pair modes", {.pair_mode = true}, NoChange},
-        {"line-pair modes, width 1", {.width = 1, .pair_mode = true}, NoChange},
-        {"line-pair modes, no source lines", {.height = 0, .pair_mode = true}, NoChange},
-        {"line-pair modes, every plane bottom-up", {.bottom_up_percent = 100, .pair_mode = true}, NoChange},
+        {"line-pair modes", {.pair_mode = kAnyPairMode}, NoChange},
+        {"line-pair modes, width 1", {.width = 1, .pair_mode = kAnyPairMode}, NoChange},
+        {"line-pair modes, no source lines", {.height = 0, .pair_mode = kAnyPairMode}, NoChange},
+        {"line-pair modes, every plane bottom-up", {.bottom_up_percent = 100, .pair_mode = kAnyPairMode}, NoChange},
     };
-    static const char* kOffsets[16] = {"destination at 16+0",  "destination at 16+1",  "destination at 16+2",
-                                       "destination at 16+3",  "destination at 16+4",  "destination at 16+5",
-                                       "destination at 16+6",  "destination at 16+7",  "destination at 16+8",
-                                       "destination at 16+9",  "destination at 16+10", "destination at 16+11",
-                                       "destination at 16+12", "destination at 16+13", "destination at 16+14",
-                                       "destination at 16+15"};
-    for (int32_t residue = 0; residue < 16; ++residue) rows.push_back({kOffsets[residue], {.residue = residue}, NoChange});
+    static const std::vector<std::string> kOffsets = [] {
+        std::vector<std::string> names;
+        for (int residue = 0; residue < 16; ++residue) names.push_back("destination at 16+" + std::to_string(residue));
+        return names;
+    }();
+    for (int32_t residue = 0; residue < 16; ++residue)
+        rows.push_back({kOffsets[residue].c_str(), {.residue = residue}, NoChange});
     return rows;
 }
 
@@ -61,7 +61,7 @@ void RunEnvelope(GuardPage guard, int iterations) {
             style.even_width = guard != GuardPage::kNone;
             // Destination offsets the export does not allow are not in its envelope.
             if (style.residue >= 0 && style.residue % e.dst.line_alignment != 0) continue;
-            if (style.pair_mode && e.pair_modes.empty()) continue;
+            if (style.pair_mode != 0 && e.pair_modes.empty()) continue;
             for (int i = 0; i < iterations; ++i) {
                 Scene scene;
                 Request r = BuildGenericRequest(rng, scene, e, style);

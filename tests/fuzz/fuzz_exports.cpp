@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     zenk::ResetHostSettingsCache();
     RequestStyle style;
     style.aligned = rng.Chance(30);
-    style.pair_mode = rng.Chance(30);
+    style.pair_mode = rng.Chance(30) ? kAnyPairMode : 0;
     Scene scene;
     const Request r = BuildGenericRequest(rng, scene, e, style);
     const ::testing::AssertionResult same =

@@ -62,4 +62,15 @@ void ReferenceRgbConvert(const ZenkConversionRequest& r, RgbConversion c, int al
     }
 }
 
+void ReferenceAlphaPass(const ZenkConversionRequest& r, RgbSource source, bool into_destination_plane) {
+    ZenkConversionRequest alpha = r;
+    alpha.src_plane = r.src_alpha_plane;
+    alpha.src_skip = r.src_alpha_skip;
+    if (!into_destination_plane) {
+        alpha.dst_plane = r.dst_alpha_plane;
+        alpha.dst_skip = r.dst_alpha_skip;
+    }
+    ReferenceRgbConvert(alpha, {source, RgbDestination::kAlphaPlane}, 0);
+}
+
 }  // namespace zenk::test

@@ -23,4 +23,10 @@ int DestinationBytesPerPixel(RgbDestination d);
 // pointers move by what was converted plus the line skips.
 void ReferenceRgbConvert(const ZenkConversionRequest& r, RgbConversion c, int aligned_block);
 
+// The alpha pass of a composite export: src_height lines of width bytes from
+// the source alpha plane (kAlphaPlane) or of the constant (kAlphaConstant)
+// into the destination alpha plane, or into the destination plane itself
+// where the export's destination is A8P.
+void ReferenceAlphaPass(const ZenkConversionRequest& r, RgbSource source, bool into_destination_plane = false);
+
 }  // namespace zenk::test

@@ -152,10 +152,6 @@ int ReferenceRound(int16_t value, bool add_half) {
     return v >> 8;
 }
 
-YuvPairValues ReferenceChangePair(YuvPairValues in, int32_t src_matrix, int32_t dst_matrix, bool clamp_luma) {
-    return Arithmetic(src_matrix, dst_matrix, clamp_luma).Pair(in);
-}
-
 void ReferenceYuvKernel(const ZenkConversionRequest& r, const YuvKernelModel& k, bool aligned_kernel) {
     const Arithmetic math(r.src_matrix, r.dst_matrix, r.clamp_luma != 0);
     const int out_bytes = DestinationBytesPerPair(k.operation);

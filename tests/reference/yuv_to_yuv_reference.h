@@ -46,7 +46,7 @@ enum class YuvExport {
 // that kernel.
 void ReferenceYuvExport(const ZenkConversionRequest& r, YuvExport e);
 
-// ---- The arithmetic, for known-answer tests ---------------------------------------------
+// ---- The arithmetic --------------------------------------------------------------------------
 
 // A change-of-standard set, derived from the standards' Kr and Kb.
 struct MatrixChangeModel {
@@ -63,8 +63,5 @@ int ReferenceRound(int16_t value, bool add_half);
 struct YuvPairValues {
     uint8_t y0, y1, cb, cr;
 };
-
-// One pair through the pair path: every value rounded by its own sign.
-YuvPairValues ReferenceChangePair(YuvPairValues in, int32_t src_matrix, int32_t dst_matrix, bool clamp_luma);
 
 }  // namespace zenk::test

@@ -2,6 +2,17 @@
 
 namespace zenk::test {
 
+const char* LevelName(Level level) {
+    switch (level) {
+        case Level::kSse2: return "sse2";
+    }
+    return "?";
+}
+
+// SSE2 is the floor the library and this program are built for; a wider
+// level asks the processor (__builtin_cpu_supports) before its kernels run.
+bool LevelAvailable(Level level) { return level == Level::kSse2; }
+
 std::vector<ExportUnderTest>& RegisteredExports() {
     static std::vector<ExportUnderTest> exports;
     return exports;
@@ -11,36 +22,94 @@ Registration::Registration(std::vector<ExportUnderTest> exports) {
     for (ExportUnderTest& e : exports) RegisteredExports().push_back(std::move(e));
 }
 
+ExportUnderTest Named(const char* pair, ZenkConvertFunction convert) {
+    ExportUnderTest e;
+    e.name = std::string("ZENK_SSE2_") + pair + "_EX";
+    e.convert = convert;
+    return e;
+}
+
+void AddVariants(ExportUnderTest& e, const KernelQuadLevels& quads, RequestStyle aligned,
+                 std::function<void(const Request&, int variant)> reference) {
+    for (int variant = 0; variant < 4; ++variant) {
+        KernelUnderTest k;
+        k.name = quads.name + "v" + std::to_string(variant);
+        for (size_t level = 0; level < kLevelCount; ++level) k.at_level[level] = quads.quads[level][variant];
+        k.style = variant < 2 ? aligned : RequestStyle{};
+        k.style.aligned = variant < 2;
+        k.reference = [reference, variant](const Request& r) { reference(r, variant); };
+        e.kernels.push_back(std::move(k));
+    }
+}
+
+namespace {
+
+// Source bytes where rounding, the clamps, 16-bit saturation and its
+// wrap-around decide a result.
+void FillWithEdgeValues(Rng& rng, GuardedPlane& plane) {
+    static const std::vector<uint8_t> kEdges = {0,   1,   2,   5,   15,  16,  17,  126, 127, 128,
+                                                129, 130, 234, 235, 236, 250, 253, 254, 255};
+    const int percent = rng.Uniform(30, 95);
+    for (uint8_t& b : plane.bytes()) b = rng.Chance(percent) ? rng.Pick(kEdges) : rng.Byte();
+}
+
+uint8_t Flag(Rng& rng) { return rng.Chance(50) ? 0 : static_cast<uint8_t>(rng.Uniform(1, 255)); }
+
+}  // namespace
+
 Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, const RequestStyle& style) {
     Request r{};
+    // Without guard pages the planes have room for the odd requests hosts
+    // make: chroma planes anywhere, skips that drift, lines off alignment.
+    const bool loose = style.guard_page == GuardPage::kNone;
+    const int32_t block = style.block > 0 ? style.block : e.aligned_width_unit;
     int32_t width = style.width >= 0 ? style.width
-                          : style.aligned  ? e.aligned_width_unit * rng.Uniform(0, 4)
-                          : rng.Chance(85) ? rng.Uniform(0, 70)
-                                           : rng.Uniform(71, 600);
+                    : style.aligned  ? block * rng.Uniform(0, 4) +
+                                          (style.block > 0 && rng.Chance(30) ? rng.Uniform(1, block - 1) : 0)
+                    : rng.Chance(85) ? rng.Uniform(0, 70)
+                                     : rng.Uniform(71, 600);
     const int32_t height = style.height >= 0 ? style.height : rng.Uniform(0, 5);
     if (style.even_width) width &= ~1;
+    // What an aligned kernel consumes of a line: whole blocks.
+    const int32_t consumed = style.aligned && style.block > 0 ? width / block * block : width;
     r.width = width;
     r.src_width = rng.Chance(90) ? width : rng.Uniform(0, 70);
     r.src_height = height;
-    r.dst_height = height;
     r.alpha_value = rng.AlphaValue();
-    r.use_streaming_stores = rng.Chance(50);
-    r.full_range = rng.Chance(50);
-    r.clamp_luma = rng.Chance(50);
-    r.src_matrix = rng.Pick(std::vector<int32_t>{0, 1, 1, 0, 2, -1});
-    r.dst_matrix = rng.Pick(std::vector<int32_t>{0, 1, 1, 0, 2, -1});
-    r.src_range = rng.Uniform(0, 2);
-    r.dst_range = rng.Uniform(0, 2);
+    r.use_streaming_stores = Flag(rng);
+    r.full_range = Flag(rng);
+    r.clamp_luma = Flag(rng);
+    r.src_field_pair = Flag(rng);
+    static const std::vector<int32_t> kMatrices = {0, 1, 1, 0, 2, -1, 3};
+    r.src_matrix = rng.Pick(kMatrices);
+    r.dst_matrix = rng.Pick(kMatrices);
+    r.src_range = rng.Uniform(-1, 2);
+    r.dst_range = rng.Uniform(-1, 2);
     // A line-pair mode: `reduce` source pixels and lines make one
     // destination pixel and line (vertical_mode 1 and 2), or each source
     // pixel and line is written twice (vertical_mode 3).
-    const int32_t mode = style.pair_mode && !e.pair_modes.empty() ? rng.Pick(e.pair_modes) : 0;
+    const int32_t mode = e.pair_modes.empty() || style.pair_mode == 0 ? 0
+                         : style.pair_mode == kAnyPairMode          ? rng.Pick(e.pair_modes)
+                                                                    : style.pair_mode;
     const int32_t reduce = mode == 1 ? 2 : mode == 2 ? 4 : 1;
     const int32_t twice = mode == 3 ? 2 : 1;
-    r.scan_mode = mode == 0 ? 0 : rng.Uniform(1, 2);
-    r.vertical_mode = mode;
-    r.src_field_pair = rng.Chance(50);
-    if (reduce > 1) r.dst_height = rng.Uniform(0, 5);
+    if (mode == 0) {
+        // Frame mode: scan_mode is not read, and a vertical_mode that names
+        // no pair mode of the export selects its frame kernels or nothing.
+        r.scan_mode = rng.Uniform(-1, 3);
+        std::vector<int32_t> others;
+        for (int32_t m : {0, 0, 0, 0, 1, 2, 3, 4, 5, 7, -1})
+            if (std::find(e.pair_modes.begin(), e.pair_modes.end(), m) == e.pair_modes.end()) others.push_back(m);
+        r.vertical_mode = rng.Pick(others);
+        // Y8PUV8I chroma lines dst_stride * dst_height on, wherever the
+        // host puts them; other destinations do not read dst_height.
+        r.dst_height = !loose ? height : e.dst.chroma_plane ? rng.Uniform(0, height + 1) : rng.Uniform(0, 8);
+    } else {
+        // Pair modes address lines only for scan_mode 1 and 2.
+        r.scan_mode = loose && rng.Chance(10) ? rng.Pick(std::vector<int32_t>{0, 3, -1}) : rng.Uniform(1, 2);
+        r.vertical_mode = mode;
+        r.dst_height = reduce > 1 ? rng.Uniform(0, 5) : height;
+    }
 
     struct Binding {
         const PlaneSpec* plane;
@@ -57,7 +126,9 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
         shape.lines = height;
         if (reduce > 1) shape.lines = source ? reduce * r.dst_height + 2 : r.dst_height;
         if (twice > 1 && !source) shape.lines = 2 * height;
-        shape.extra_lines = p.chroma_plane ? shape.lines : 0;
+        // Y8PUV8I: the chroma lines; a frame destination's start dst_height
+        // lines on, and room for a change of standard's packed lines.
+        shape.extra_lines = !p.chroma_plane ? 0 : mode == 0 && !source ? std::max(r.dst_height, height) : shape.lines;
         // Doubled Y8PUV8I lines: the chroma lines follow the luma lines in
         // the walk's direction, dst_stride * dst_height on.
         if (twice > 1 && !source && p.chroma_plane) {
@@ -66,13 +137,17 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
         }
         shape.bottom_up = rng.Chance(style.bottom_up_percent);
         shape.guard_page = style.guard_page;
-        shape.alignment = style.aligned ? 16 : p.line_alignment;
+        const bool aligned = style.aligned && !(source && style.source_anywhere);
         const int32_t line_bytes = shape.line_bytes - p.read_past_line;
-        if (style.aligned) {
+        if (aligned) {
+            shape.alignment = 16;
             shape.pitch = (line_bytes + 191) / 192 * 192 + 192 * rng.Uniform(0, 1);
             shape.residue = 0;
+            if (style.drift_pitch && !source && loose && rng.Chance(25))
+                shape.pitch += p.line_alignment * rng.Uniform(1, 3);
         } else {
-            const int32_t step = p.line_alignment;
+            const int32_t step = loose && p.anywhere && style.residue < 0 && rng.Chance(10) ? 1 : p.line_alignment;
+            shape.alignment = static_cast<uint32_t>(step);
             shape.pitch = line_bytes + step * rng.Uniform(0, 12);
             shape.pitch = (shape.pitch + step - 1) / step * step;
             if (shape.pitch == 0) shape.pitch = step;
@@ -84,12 +159,15 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
         index[i] = scene.size();
         scene.Add(rng, shape);
     }
+    // Planes are addressed once all are added: adding may move them.
+    const bool edges = rng.Chance(50);
     auto bind = [&](int i, auto& plane, int32_t& stride, int32_t& skip) {
         if (bindings[i].plane->bytes_per_pixel == 0) return;
         GuardedPlane& g = scene[index[i]];
+        if (edges && !bindings[i].destination) FillWithEdgeValues(rng, g);
         plane = g.first_line();
         stride = g.stride();
-        skip = g.Skip(width * bindings[i].plane->bytes_per_pixel);
+        skip = g.Skip(consumed * bindings[i].plane->bytes_per_pixel);
     };
     bind(0, r.src_plane, r.src_stride, r.src_skip);
     bind(1, r.src_alpha_plane, r.src_alpha_stride, r.src_alpha_skip);
@@ -100,17 +178,20 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
         GuardedPlane& src = scene[index[0]];
         GuardedPlane& dst = scene[index[2]];
         const int32_t pairs_bytes = (width & ~1) * e.dst.bytes_per_pixel;
+        const int32_t direction = src.shape().bottom_up ? -1 : 1;
+        const int32_t extra = loose ? rng.Uniform(0, 8) : 0;
         if (reduce > 1) {
             // The source's lines advance from their starts by whole strides
-            // and the skip, whose sign alone gives the direction.
-            r.src_skip = src.shape().bottom_up ? -1 : 0;
+            // and the skip, whose sign gives the direction.
+            r.src_skip = src.shape().bottom_up ? -1 - extra : extra;
             r.dst_skip = dst.Skip(pairs_bytes);
         } else {
             // Doubling: a source line start advances by the skip; the two
-            // copies of a line go dst_stride apart.
-            r.src_skip = src.Skip(0);
+            // copies of a line go dst_stride apart; dst_skip is not read.
+            r.src_skip = src.Skip(0) + direction * extra;
             r.dst_stride = dst.Skip(0);
             r.dst_height = e.dst.chroma_plane ? 2 * height : height;
+            if (loose) r.dst_skip = rng.Uniform(-64, 64);
         }
         if (e.src.chroma_plane) r.src_height = src.shape().lines;
     }

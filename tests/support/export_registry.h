@@ -1,9 +1,11 @@
 // Every export under test, with what a generic test needs to build a valid
-// request for it and the scalar reference of what it writes. The families'
-// test files register their exports; the envelope, guard-page, concurrency
-// and fuzz checks then run over all of them alike.
+// request for it, the scalar reference of what it writes, and the kernels
+// behind it, each with its own reference. The registrations in
+// tests/registry/ fill it; the differential, envelope, guard-page,
+// concurrency and fuzz checks run over all of it alike.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <string>
 #include <vector>
@@ -17,7 +19,57 @@ struct PlaneSpec {
     int bytes_per_pixel = 0;   // 0: the export has no such plane
     bool chroma_plane = false;  // Y8PUV8I: a second plane of as many lines follows the luma lines
     int read_past_line = 0;     // bytes the export may read past a line's end
-    int line_alignment = 1;     // line starts must be multiples of this (any-alignment kernels)
+    int line_alignment = 1;     // line starts the head can bring to a 16-byte boundary
+    bool anywhere = false;      // lines may also start off line_alignment (stored unaligned)
+};
+
+// Instruction-set levels the kernels are built for. A wider level adds an
+// entry here and a kernel per level to each registration; the differential
+// test runs every level the processor has.
+enum class Level { kSse2 };
+inline constexpr Level kLevels[] = {Level::kSse2};
+inline constexpr size_t kLevelCount = std::size(kLevels);
+const char* LevelName(Level level);
+bool LevelAvailable(Level level);
+
+using KernelFunction = void (*)(const Request*);
+
+// How a generic request places its planes.
+inline constexpr int32_t kAnyPairMode = -1;
+struct RequestStyle {
+    bool aligned = false;           // every plane 16-aligned, pitches of whole blocks
+    int32_t width = -1;             // -1: random
+    int32_t height = -1;            // -1: random
+    int bottom_up_percent = 30;
+    int32_t residue = -1;           // destination residue modulo 16, -1: random allowed
+    GuardPage guard_page = GuardPage::kNone;
+    // Even widths only: a last odd pixel of a 4:2:2 line is not consumed, so
+    // such lines drift from the pitch and their span is not the plane's.
+    bool even_width = false;
+    // 0: frame mode. Otherwise a line-pair mode (kAnyPairMode: one of the
+    // export's), with the request filled as a host fills it: the source
+    // walked from line starts, the destination's skip the pitch less the
+    // bytes of a line's pairs. Exports without pair modes stay in frame mode.
+    int32_t pair_mode = 0;
+    // Aligned kernels called directly: widths of whole blocks of this many
+    // pixels, now and then with a remainder the kernel must leave alone
+    // (0: the export's aligned_width_unit, no remainder).
+    int32_t block = 0;
+    // Aligned: destination pitches now and then take later lines off a
+    // 16-byte boundary; the kernel stores them unaligned, the same bytes.
+    bool drift_pitch = false;
+    // Aligned: source planes at any address and pitch, as the exports that
+    // test only their destination pass them on.
+    bool source_anywhere = false;
+};
+
+// One kernel behind an export, called directly: a frame variant on aligned
+// or any-alignment requests, or a line-pair kernel.
+struct KernelUnderTest {
+    std::string name;  // unique within its export, e.g. "v2" or "CopyPacked.v0" or "mode1"
+    std::array<KernelFunction, kLevelCount> at_level{};
+    RequestStyle style;
+    std::function<void(const Request&)> reference;
 };
 
 struct ExportUnderTest {
@@ -34,8 +86,12 @@ struct ExportUnderTest {
     // reduce, 3 doubles); empty for exports without a kernel table.
     std::vector<int32_t> pair_modes;
     // The export-level reference: what the export writes for this request,
-    // whichever kernel its own tests choose.
+    // whichever kernel it chooses. References that depend on host option
+    // 128 ask it as the library does.
     std::function<void(const Request&)> reference;
+    // The kernels the export chooses among; none for the composites, and a
+    // kernel shared by several exports is listed under one of them.
+    std::vector<KernelUnderTest> kernels;
 };
 
 std::vector<ExportUnderTest>& RegisteredExports();
@@ -44,28 +100,29 @@ struct Registration {
     explicit Registration(std::vector<ExportUnderTest> exports);
 };
 
-// How a generic request places its planes.
-struct RequestStyle {
-    bool aligned = false;           // every plane 16-aligned, pitches of whole blocks
-    int32_t width = -1;             // -1: random
-    int32_t height = -1;            // -1: random
-    int bottom_up_percent = 30;
-    int32_t residue = -1;           // destination residue modulo 16, -1: random allowed
-    GuardPage guard_page = GuardPage::kNone;
-    // Even widths only: a last odd pixel of a 4:2:2 line is not consumed, so
-    // such lines drift from the pitch and their span is not the plane's.
-    bool even_width = false;
-    // One of the export's line-pair modes (scan_mode 1 or 2), with the
-    // request filled as a host fills it: the source walked from line starts
-    // with a skip of 0 (-1 bottom-up), the destination's skip the pitch less
-    // the bytes of a line's pairs. Exports without pair modes stay in frame
-    // mode.
-    bool pair_mode = false;
-};
+// Registers one export per row of a family's table: `make(row)` describes
+// it, starting from Named(row.name, row.convert).
+template <class Rows, class Make>
+Registration RegisterEach(const Rows& rows, Make make) {
+    std::vector<ExportUnderTest> exports;
+    for (const auto& row : rows) exports.push_back(make(row));
+    return Registration(std::move(exports));
+}
+ExportUnderTest Named(const char* pair, ZenkConvertFunction convert);  // "BGR32I_UYVY16I" -> ZENK_SSE2_..._EX
 
-// A random request for `e` within the documented envelope: frame line
-// addressing, random flags, matrices, ranges and alpha values, planes at
-// random allowed addresses with random pitches, top-down or bottom-up.
+// The four variants of a kernel quad (one quad per level), variants 0 and 1
+// on aligned requests of `aligned`'s shape; `reference(r, variant)`.
+struct KernelQuadLevels {
+    std::string name;  // prefix of the variants' names ("" for an export's only quad)
+    std::array<const KernelFunction*, kLevelCount> quads;  // each the quad's four variants
+};
+void AddVariants(ExportUnderTest& e, const KernelQuadLevels& quads, RequestStyle aligned,
+                 std::function<void(const Request&, int variant)> reference);
+
+// A random request for `e` within the documented envelope: random flags,
+// matrices, ranges, alpha values and unread fields; planes at random allowed
+// addresses with random pitches, top-down or bottom-up, sources now and then
+// filled with the values where rounding and saturation decide.
 Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, const RequestStyle& style);
 
 }  // namespace zenk::test

@@ -135,18 +135,8 @@ public:
     size_t OffsetOf(const uint8_t* p) const { return static_cast<size_t>(p - bytes_.data()); }
     uint8_t* At(size_t offset) { return bytes_.data() + offset; }
     const AlignedBytes& bytes() const { return bytes_; }
+    AlignedBytes& bytes() { return bytes_; }
     size_t first_offset() const { return first_; }
-    // Fills the plane's lines (not the guard room) by a function of (line, byte).
-    template <class F>
-    void FillLines(F&& value) {
-        for (int32_t y = 0; y < shape_.lines + shape_.extra_lines; ++y) {
-            uint8_t* line = LineStart(y);
-            for (int32_t x = 0; x < shape_.line_bytes; ++x) line[x] = value(y, x);
-        }
-    }
-    uint8_t* LineStart(int32_t y) {
-        return first_line() + static_cast<ptrdiff_t>(y) * (shape_.bottom_up ? -shape_.pitch : shape_.pitch);
-    }
 
 private:
     PlaneShape shape_;
@@ -171,16 +161,6 @@ public:
 
 private:
     std::vector<GuardedPlane> planes_;
-};
-
-// What a random request is built for: an aligned kernel called directly, a
-// kernel of any alignment called directly, or the export, which chooses.
-enum class Target { kAlignedKernel, kAnyKernel, kExport };
-
-// A random request and the planes it points into.
-struct Built {
-    Scene scene;
-    Request request{};
 };
 
 std::string Describe(const Request& r);

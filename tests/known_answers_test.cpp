@@ -1,0 +1,359 @@
+// Known answers: what the differential test cannot see because the scalar
+// references could share the mistake. The published code values of 75%
+// colour bars, black and white in each range, the documented arithmetic
+// quirks with their worked numbers, and when host option 128 is asked.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "reference/yuv_to_yuv_reference.h"
+#include "rgb_alpha/rgb_alpha_kernels.h"
+#include "support/counting_host_settings.h"
+#include "support/host_option_fixture.h"
+#include "support/test_picture.h"
+#include "yuv_to_rgb/yuv_to_rgb_kernels.h"
+
+namespace zenk::test {
+namespace {
+
+// One line through an export: a 16-aligned source (256-byte pitch) and a
+// destination `dst_offset` bytes past a 16-byte boundary, filled with 0xEE,
+// 256-byte pitch (a Y8PUV8I chroma line 256 * dst_height bytes on).
+struct Line {
+    ZenkConvertFunction convert;
+    std::vector<uint8_t> src;
+    int32_t width;
+    int32_t src_matrix = 1, dst_matrix = 1;
+    uint8_t full_range = 0, clamp = 0;
+    uint32_t alpha = 0;
+    uint32_t dst_offset = 0;
+    int32_t dst_height = 1;
+    uint8_t streaming = 0;
+};
+
+std::vector<uint8_t> Convert(const Line& l) {
+    alignas(16) uint8_t src[512] = {};
+    alignas(16) uint8_t dst[1024];
+    std::memset(dst, 0xEE, sizeof dst);
+    if (!l.src.empty()) std::memcpy(src, l.src.data(), std::min(l.src.size(), sizeof src));
+    Request r{};
+    r.src_plane = src;
+    r.src_width = l.width;
+    r.src_height = 1;
+    r.src_stride = 256;
+    r.src_matrix = l.src_matrix;
+    r.dst_plane = dst + l.dst_offset;
+    r.width = l.width;
+    r.dst_height = l.dst_height;
+    r.dst_stride = 256;
+    r.dst_matrix = l.dst_matrix;
+    r.full_range = l.full_range;
+    r.clamp_luma = l.clamp;
+    r.alpha_value = l.alpha;
+    r.use_streaming_stores = l.streaming;
+    l.convert(&r);
+    return {dst + l.dst_offset, dst + l.dst_offset + 512};
+}
+
+std::vector<uint8_t> Repeat(const std::vector<uint8_t>& unit, int times) {
+    std::vector<uint8_t> out;
+    for (int i = 0; i < times; ++i) out.insert(out.end(), unit.begin(), unit.end());
+    return out;
+}
+
+using KnownAnswers = WithHostSettings<>;
+
+// ---- Colour bars, black and white ---------------------------------------------------------
+
+// The published 8-bit studio-range code values of 75% bars (BT.601: EBU
+// bars as in ITU-R BT.801; BT.709: SMPTE RP 219), from RGB 191 = 75% of 255.
+struct Bar {
+    const char* name;
+    uint8_t r, g, b;
+    int y601, cb601, cr601, y709, cb709, cr709;
+};
+const Bar kBars[] = {
+    {"white", 191, 191, 191, 180, 128, 128, 180, 128, 128}, {"yellow", 191, 191, 0, 162, 44, 142, 168, 44, 136},
+    {"cyan", 0, 191, 191, 131, 156, 44, 145, 147, 44},      {"green", 0, 191, 0, 112, 72, 58, 133, 63, 52},
+    {"magenta", 191, 0, 191, 84, 184, 198, 63, 193, 204},   {"red", 191, 0, 0, 65, 100, 212, 51, 109, 212},
+    {"blue", 0, 0, 191, 35, 212, 114, 28, 212, 120},        {"black", 0, 0, 0, 16, 128, 128, 16, 128, 128},
+};
+
+// Encoded within one code of the published values, through the BGR32 and
+// the BGR24 arithmetic; decoded within two of 191 and 0.
+TEST_F(KnownAnswers, SeventyFivePercentBarsInBothMatrices) {
+    for (const Bar& bar : kBars) {
+        for (int32_t matrix : {1, 0}) {
+            SCOPED_TRACE(::testing::Message() << bar.name << (matrix == 1 ? " BT.601" : " BT.709"));
+            const int y = matrix == 1 ? bar.y601 : bar.y709, cb = matrix == 1 ? bar.cb601 : bar.cb709,
+                      cr = matrix == 1 ? bar.cr601 : bar.cr709;
+            for (auto [convert, bytes] : {std::pair<ZenkConvertFunction, int>{ZENK_SSE2_BGR32I_UYVY16I_EX, 4},
+                                          {ZENK_SSE2_BGR24I_UYVY16I_EX, 3}}) {
+                std::vector<uint8_t> pixel = {bar.b, bar.g, bar.r, 0};
+                pixel.resize(bytes);
+                const std::vector<uint8_t> out = Convert({convert, Repeat(pixel, 20), 16, 0, matrix});
+                EXPECT_NEAR(out[0], cb, 1);
+                EXPECT_NEAR(out[1], y, 1);
+                EXPECT_NEAR(out[2], cr, 1);
+            }
+            const std::vector<uint8_t> bgra =
+                Convert({ZENK_SSE2_UYVY16I_BGR32I_EX, Repeat({uint8_t(cb), uint8_t(y), uint8_t(cr), uint8_t(y)}, 8), 16,
+                         0, matrix, 0, 1});
+            EXPECT_NEAR(bgra[0], bar.b ? 191 : 0, 2);
+            EXPECT_NEAR(bgra[1], bar.g ? 191 : 0, 2);
+            EXPECT_NEAR(bgra[2], bar.r ? 191 : 0, 2);
+        }
+    }
+}
+
+// Studio luma runs 16..235, full-range luma 0..255; full-range BT.601 with
+// full-swing chroma (option 128 nonzero) stops at 254.
+TEST_F(KnownAnswers, EncodedBlackAndWhiteInEachRange) {
+    struct Row {
+        int32_t matrix;
+        uint8_t full_range;
+        int32_t option;
+        int black, white;
+    };
+    const Row rows[] = {{1, 0, 1, 16, 235}, {0, 0, 1, 16, 235}, {1, 1, 1, 0, 254},
+                        {1, 1, 0, 0, 255},  {0, 1, 1, 0, 255},  {1, 1, 7, 0, 254}};
+    for (const Row& row : rows) {
+        AnswerHostOption(row.option);
+        for (uint8_t level : {0, 255}) {
+            const std::vector<uint8_t> out = Convert(
+                {ZENK_SSE2_BGR32I_UYVY16I_EX, std::vector<uint8_t>(64, level), 16, 0, row.matrix, row.full_range});
+            EXPECT_EQ(out[1], level ? row.white : row.black)
+                << row.matrix << " " << int(row.full_range) << " " << row.option;
+            EXPECT_EQ(out[0], 128);
+        }
+    }
+}
+
+// ---- Decoding quirks ------------------------------------------------------------------------
+
+// An even pixel keeps only the low byte of its offset luma: with the clamp
+// off, luma 10 (Yd = -6) wraps to 250 and decodes to white while the odd
+// pixel decodes to black; with the clamp on both are black.
+TEST_F(KnownAnswers, EvenLumaBelowBlackWrapsToWhite) {
+    for (uint8_t clamp : {0, 1}) {
+        const std::vector<uint8_t> out =
+            Convert({ZENK_SSE2_UYVY16I_BGR32I_EX, Repeat({128, 10, 128, 10}, 8), 16, 0, 1, 0, clamp});
+        for (int x = 0; x < 16; ++x)
+            EXPECT_EQ(out[4 * x + 1], x % 2 == 0 && !clamp ? 255 : 0) << "x " << x << " clamp " << int(clamp);
+    }
+}
+
+// The constant alpha of YUYV16I to BGR32I: the aligned cached kernel gives
+// every pixel the low word saturated to a byte; the other three give even
+// pixels the low word and odd pixels the high word.
+TEST_F(KnownAnswers, ConstantAlphaWordAndDwordForms) {
+    struct Row {
+        uint32_t alpha_value;
+        int word, even, odd;
+    };
+    const Row rows[] = {
+        {0x000000FF, 255, 255, 0}, {0x12345, 255, 255, 1}, {0xFFFF, 0, 0, 0}, {0x7FFF0080, 0x80, 0x80, 255}};
+    for (const Row& row : rows) {
+        for (uint32_t offset : {0u, 8u}) {
+            for (uint8_t streaming : {0, 1}) {
+                Line l{ZENK_SSE2_YUYV16I_BGR32I_EX, std::vector<uint8_t>(64, 128), 16};
+                l.alpha = row.alpha_value;
+                l.dst_offset = offset;
+                l.streaming = streaming;
+                const std::vector<uint8_t> out = Convert(l);
+                const bool word = offset == 0 && streaming == 0;  // the aligned cached kernel
+                SCOPED_TRACE(::testing::Message()
+                             << std::hex << row.alpha_value << " +" << offset << " streaming " << int(streaming));
+                EXPECT_EQ(out[3], word ? row.word : row.even);
+                EXPECT_EQ(out[7], word ? row.word : row.odd);
+            }
+        }
+    }
+}
+
+// The RGB repacking and alpha-plane family truncates the constant alpha to
+// its low byte, unlike the saturation of the decoders.
+TEST_F(KnownAnswers, RepackingTruncatesConstantAlpha) {
+    for (auto [alpha, expected] : {std::pair{0x1FFu, 0xFF}, {0x100u, 0x00}, {300u, 44}}) {
+        Line bgr{ZENK_SSE2_BGR24I_BGR32I_EX, std::vector<uint8_t>(60, 7), 20};
+        bgr.alpha = alpha;
+        Line fill{ZENK_SSE2_A8C_A8P_EX, {}, 20};
+        fill.alpha = alpha;
+        const std::vector<uint8_t> bgra = Convert(bgr), plane = Convert(fill);
+        for (int x = 0; x < 20; ++x) {
+            EXPECT_EQ(bgra[4 * x + 3], expected) << alpha;
+            EXPECT_EQ(plane[x], expected) << alpha;
+        }
+    }
+}
+
+// ---- Encoding quirks ----------------------------------------------------------------------
+
+// A BGR24 pair converted on its own encodes (B0, G0, R2) and (B1, G3, R3):
+// it takes R0 from pixel 2 and G1, R1 from pixel 3. Here a width of 2 at a
+// destination 4 bytes past a boundary is one single pair.
+TEST_F(KnownAnswers, Bgr24SinglePairReadsTheNextPair) {
+    const std::vector<uint8_t> line = {10, 20, 30, 40, 50, 60, 70, 80, 200, 90, 100, 250};  // B, G, R
+    for (int32_t matrix : {0, 1}) {
+        const std::vector<uint8_t> single = Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, line, 2, 0, matrix, 0, 0, 0, 4});
+        const std::vector<uint8_t> even =
+            Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, Repeat({10, 20, 200}, 16), 16, 0, matrix});
+        const std::vector<uint8_t> odd =
+            Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, Repeat({40, 100, 250}, 16), 16, 0, matrix});
+        EXPECT_EQ(single[0], even[0]) << matrix;  // Cb of the even pixel
+        EXPECT_EQ(single[1], even[1]) << matrix;
+        EXPECT_EQ(single[2], odd[2]) << matrix;  // Cr of the odd pixel
+        EXPECT_EQ(single[3], odd[3]) << matrix;
+        EXPECT_EQ(single[4], 0xEE);
+    }
+}
+
+// The planar luma clamp limits pixels 2 and 3 of every four only, by their
+// index in the line, through blocks and single pairs alike.
+TEST_F(KnownAnswers, PlanarLumaClampLimitsPixelsTwoAndThreeOfEveryFour) {
+    for (uint32_t offset : {0u, 6u}) {
+        for (uint8_t level : {0, 255}) {
+            const std::vector<uint8_t> out =
+                Convert({ZENK_SSE2_BGR32I_Y8PUV8I_EX, std::vector<uint8_t>(4 * 34, level), 34, 0, 0, 1, 1, 0, offset});
+            for (int x = 0; x < 34; ++x) {
+                const int expected = x % 4 >= 2 ? (level ? 235 : 16) : level;
+                EXPECT_EQ(out[x], expected) << "x " << x << " +" << offset;
+            }
+        }
+    }
+}
+
+// ---- Change of standard -------------------------------------------------------------------
+
+// The sets follow from the standards' Kr and Kb, in 1/16384: (dY, Cb', Cr')
+// each from (Cb, Cr).
+TEST(MatrixChangeSets, FollowFromTheStandards) {
+    const MatrixChangeModel to_709 = ReferenceMatrixChangeSet(1, 0), to_601 = ReferenceMatrixChangeSet(0, 1);
+    for (auto [set, expected] : {std::pair{to_709, std::vector<int>{-1893, -3407, 16689, 1878, 1230, 16799}},
+                                 {to_601, std::vector<int>{1627, 3141, 16218, -1813, -1187, 16112}}})
+        EXPECT_EQ((std::vector<int>{set.luma_cb, set.luma_cr, set.cb_cb, set.cb_cr, set.cr_cb, set.cr_cr}), expected);
+}
+
+// One UYVY16I pair repeated, BT.601 to BT.709, through the pair path (width
+// 2) and a group (width 16).
+TEST(MatrixChange, WorkedPairs) {
+    struct Row {
+        const char* what;
+        uint8_t clamp;
+        std::vector<uint8_t> in, out;
+    };
+    const Row rows[] = {
+        // Cb' = 16689 * 127 / 64 saturates to 32767; +128 wraps it negative,
+        // -128 wraps it back: 255. dY = -1893 * 127 / 64 = -3757 rounds to
+        // -16; Cr' = 1230 * 127 / 64 = 2440 to 10.
+        {"saturated Cb wraps back", 0, {255, 100, 128, 100}, {255, 84, 138, 84}},
+        // Cb' saturates to -32768; -128 wraps it to 32640: 255.
+        {"saturated negative Cb wraps to the top", 0, {0, 100, 0, 100}, {255, 141, 255, 141}},
+        {"neutral chroma, clamp", 1, {128, 5, 128, 250}, {128, 16, 128, 235}},
+        {"luma stops at 0", 0, {255, 3, 255, 3}, {255, 0, 255, 0}},
+    };
+    for (const Row& row : rows)
+        for (int32_t width : {2, 16}) {
+            const std::vector<uint8_t> out =
+                Convert({ZENK_SSE2_UYVY16I_UYVY16I_EX, Repeat(row.in, 8), width, 1, 0, 0, row.clamp});
+            EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 2 * width), Repeat(row.out, width / 2))
+                << row.what << ", width " << width;
+            EXPECT_EQ(out[2 * width], 0xEE) << row.what;
+        }
+}
+
+// A luma correction of 200/256 in pixels 8-15 of a group rounds up only when
+// the correction of pixels 0-7 in the same lane is not negative.
+TEST(MatrixChange, SecondHalfOfAGroupTakesTheFirstHalfsSign) {
+    // Cb 168, Cr 102: dY = (-1893 * 40 - 3407 * -26) >> 6 = 200.
+    const std::vector<uint8_t> plus_200 = {168, 100, 102, 100};
+    struct Row {
+        std::vector<uint8_t> first_pair;
+        uint8_t luma_8;
+    };
+    const Row rows[] = {{{128, 100, 128, 100}, 101}, {{129, 100, 128, 100}, 100}, {plus_200, 101}};
+    for (const Row& row : rows) {
+        std::vector<uint8_t> src = row.first_pair;
+        for (int pair = 1; pair < 8; ++pair) src.insert(src.end(), {128, 100, 128, 100});
+        std::memcpy(&src[16], plus_200.data(), 4);
+        EXPECT_EQ(Convert({ZENK_SSE2_UYVY16I_UYVY16I_EX, src, 16, 1, 0})[17], row.luma_8);
+        EXPECT_EQ(Convert({ZENK_SSE2_UYVY16I_YUYV16I_EX, src, 16, 1, 0})[16], row.luma_8);
+    }
+}
+
+// The kernel shared by the UVYY16I and Y8PUV8I exports: pixels 0-7 take the
+// luma correction of pixels 8-15 (none, for neutral chroma there), their
+// chroma still changes, and the bytes stay in UYVY16I order. Into Y8PUV8I
+// that means packed bytes at the luma plane, the chroma plane untouched.
+TEST(MatrixChange, SharedKernelCrossesLumaAndWritesPackedBytes) {
+    std::vector<uint8_t> src = Repeat({255, 100, 128, 5}, 4);
+    const std::vector<uint8_t> neutral = Repeat({128, 120, 128, 250}, 4);
+    src.insert(src.end(), neutral.begin(), neutral.end());
+    std::vector<uint8_t> want = Repeat({255, 100, 138, 16}, 4);
+    const std::vector<uint8_t> second = Repeat({128, 120, 128, 235}, 4);
+    want.insert(want.end(), second.begin(), second.end());
+    for (auto convert : {ZENK_SSE2_UYVY16I_UVYY16I_EX, ZENK_SSE2_UVYY16I_UYVY16I_EX, ZENK_SSE2_UYVY16I_Y8PUV8I_EX}) {
+        const std::vector<uint8_t> out = Convert({convert, src, 16, 1, 0, 0, 1});
+        EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 32), want);
+        EXPECT_EQ(out[256], 0xEE);  // a Y8PUV8I chroma line
+    }
+    EXPECT_EQ(Convert({ZENK_SSE2_UYVY16I_UYVY16I_EX, src, 16, 1, 0, 0, 1})[1], 84);  // own-pair luma: -16
+}
+
+// Same standard: an aligned picture regroups the UVYY16I bytes, any other
+// is copied as it stands.
+TEST(SameStandard, UvyyReorderOnlyWhenAligned) {
+    struct Row {
+        ZenkConvertFunction convert;
+        uint32_t offset;
+        std::vector<uint8_t> pair;
+    };
+    const Row rows[] = {{ZENK_SSE2_UYVY16I_UVYY16I_EX, 0, {1, 3, 2, 4}},
+                        {ZENK_SSE2_UVYY16I_UYVY16I_EX, 0, {1, 3, 2, 4}},
+                        {ZENK_SSE2_UYVY16I_UVYY16I_EX, 4, {1, 2, 3, 4}},
+                        {ZENK_SSE2_UVYY16I_UYVY16I_EX, 8, {1, 2, 3, 4}}};
+    for (const Row& row : rows) {
+        Line l{row.convert, Repeat({1, 2, 3, 4}, 8), 16, 2, 2};
+        l.dst_offset = row.offset;
+        const std::vector<uint8_t> out = Convert(l);
+        EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 32), Repeat(row.pair, 8)) << row.offset;
+    }
+}
+
+// ---- Heads ----------------------------------------------------------------------------------
+
+// The head of an any-alignment BGR24 line is the fewest pixels that bring its
+// start to a 16-byte boundary. The walks store an unaligned body the same
+// bytes, so only these tables show a head that falls short.
+TEST(Heads, Bgr24HeadsReachTheFirstBoundary) {
+    alignas(16) static uint8_t line[32];
+    for (int residue = 0; residue < 16; ++residue) {
+        const int pixels[] = {rgb_alpha::kBgr24HeadPixels[residue],
+                              residue % 2 ? -1 : 2 * yuv_to_rgb::Bgr24HeadPairs(line + residue)};
+        for (int head : pixels) {
+            if (head < 0) continue;  // decoded BGR24 lines start on even bytes
+            EXPECT_EQ((residue + 3 * head) % 16, 0) << residue;
+            for (int fewer = 0; fewer < head; ++fewer) EXPECT_NE((residue + 3 * fewer) % 16, 0) << residue;
+        }
+    }
+}
+
+// ---- Host option 128 --------------------------------------------------------------------------
+
+// Asked by the YUV-to-RGB and RGB-to-YUV conversions for full range only,
+// never by the others.
+TEST_F(KnownAnswers, HostOptionAskedForFullRangeOnly) {
+    for (auto convert : {ZENK_SSE2_UYVY16I_BGR32I_EX, ZENK_SSE2_BGR24I_Y8PUV8I_EX, ZENK_SSE2_UYVY16I_UYVY16I_EX}) {
+        for (uint8_t full_range : {0, 1, 9}) {
+            ZenkTestSettingsResetCounts();
+            Convert({convert, std::vector<uint8_t>(64, 90), 16, 1, 0, full_range});
+            const bool asks = full_range != 0 && convert != ZENK_SSE2_UYVY16I_UYVY16I_EX;
+            EXPECT_EQ(ZenkTestSettingsLastOption(), asks ? 128 : -1) << int(full_range);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace zenk::test

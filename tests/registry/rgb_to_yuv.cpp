@@ -1,0 +1,103 @@
+// The RGB-to-YUV exports, their kernels and their references. Host option
+// 128 is asked as the library asks it, so the harness's answer (or missing
+// settings object) reaches kernel and reference alike.
+#include "frame/host_option.h"
+#include "reference/rgb_alpha_reference.h"
+#include "reference/rgb_to_yuv_reference.h"
+#include "rgb_to_yuv/rgb_to_yuv_kernels.h"
+#include "support/export_registry.h"
+
+namespace zenk::test {
+namespace {
+
+using namespace rgb_to_yuv;
+using Src = EncodeSource;
+using Lay = EncodeLayout;
+
+enum class Alpha { kNone, kFromSource, kConstant, kCopy };
+
+struct EncodeRow {
+    const char* name;
+    ZenkConvertFunction convert;
+    const KernelQuad* kernels;          // null for the composites
+    const PairModeKernels* pair_modes;  // table exports only
+    Src source;
+    Lay layout;
+    Alpha alpha;
+};
+
+const EncodeRow kRows[] = {
+    {"BGR32I_UYVY16I", ZENK_SSE2_BGR32I_UYVY16I_EX, &kBgr32ToUyvy, &kBgr32ToUyvyPairModes, Src::kBgr32, Lay::kUyvy, Alpha::kNone},
+    {"BGR32I_UVYY16I", ZENK_SSE2_BGR32I_UVYY16I_EX, &kBgr32ToUvyy, &kBgr32ToUvyyPairModes, Src::kBgr32, Lay::kUvyy, Alpha::kNone},
+    {"BGR32I_Y8PUV8I", ZENK_SSE2_BGR32I_Y8PUV8I_EX, &kBgr32ToY8Uv, &kBgr32ToY8UvPairModes, Src::kBgr32, Lay::kY8Uv, Alpha::kNone},
+    {"BGR32I_YUYV16I", ZENK_SSE2_BGR32I_YUYV16I_EX, &kBgr32ToYuyv, nullptr, Src::kBgr32, Lay::kYuyv, Alpha::kNone},
+    {"BGR24I_YUYV16I", ZENK_SSE2_BGR24I_YUYV16I_EX, &kBgr24ToYuyv, nullptr, Src::kBgr24, Lay::kYuyv, Alpha::kNone},
+    {"BGR24I_UYVY16I", ZENK_SSE2_BGR24I_UYVY16I_EX, &kBgr24ToUyvy, nullptr, Src::kBgr24, Lay::kUyvy, Alpha::kNone},
+    {"BGR24I_UVYY16I", ZENK_SSE2_BGR24I_UVYY16I_EX, &kBgr24ToUvyy, nullptr, Src::kBgr24, Lay::kUvyy, Alpha::kNone},
+    {"BGR24I_Y8PUV8I", ZENK_SSE2_BGR24I_Y8PUV8I_EX, &kBgr24ToY8Uv, nullptr, Src::kBgr24, Lay::kY8Uv, Alpha::kNone},
+    {"BGR32I_YUYV16IA8P", ZENK_SSE2_BGR32I_YUYV16IA8P_EX, &kBgr32ToYuyvAlpha, nullptr, Src::kBgr32, Lay::kYuyv, Alpha::kFromSource},
+    {"BGR32I_UYVY16IA8P", ZENK_SSE2_BGR32I_UYVY16IA8P_EX, &kBgr32ToUyvyAlpha, nullptr, Src::kBgr32, Lay::kUyvy, Alpha::kFromSource},
+    {"BGR32I_UVYY16IA8P", ZENK_SSE2_BGR32I_UVYY16IA8P_EX, &kBgr32ToUvyyAlpha, nullptr, Src::kBgr32, Lay::kUvyy, Alpha::kFromSource},
+    {"BGR32I_Y8PUV8IA8P", ZENK_SSE2_BGR32I_Y8PUV8IA8P_EX, &kBgr32ToY8UvAlpha, nullptr, Src::kBgr32, Lay::kY8Uv, Alpha::kFromSource},
+    {"BGR24I_YUYV16IA8P", ZENK_SSE2_BGR24I_YUYV16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kYuyv, Alpha::kConstant},
+    {"BGR24I_Y8PUV8IA8P", ZENK_SSE2_BGR24I_Y8PUV8IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kY8Uv, Alpha::kConstant},
+    {"BGR24I_UYVY16IA8P", ZENK_SSE2_BGR24I_UYVY16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kUyvy, Alpha::kConstant},
+    {"BGR24I_UVYY16IA8P", ZENK_SSE2_BGR24I_UVYY16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kUvyy, Alpha::kConstant},
+    {"BGR24IA8P_YUYV16IA8P", ZENK_SSE2_BGR24IA8P_YUYV16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kYuyv, Alpha::kCopy},
+    {"BGR24IA8P_Y8PUV8IA8P", ZENK_SSE2_BGR24IA8P_Y8PUV8IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kY8Uv, Alpha::kCopy},
+    {"BGR24IA8P_UYVY16IA8P", ZENK_SSE2_BGR24IA8P_UYVY16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kUyvy, Alpha::kCopy},
+    {"BGR24IA8P_UVYY16IA8P", ZENK_SSE2_BGR24IA8P_UVYY16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kUvyy, Alpha::kCopy},
+};
+
+// The alignment test of the exports, written out: BGR24 sources are read
+// at any address, so only the destination is tested.
+bool TakesAlignedKernel(const EncodeRow& c, const Request& r) {
+    auto aligned = [](const void* p) { return reinterpret_cast<uintptr_t>(p) % 16 == 0; };
+    auto multiple = [](int32_t v, uint32_t unit) { return static_cast<uint32_t>(v) % unit == 0; };
+    const bool destination = aligned(r.dst_plane) && multiple(r.dst_stride, 16) && multiple(r.width, 8);
+    if (c.source == Src::kBgr24) return destination;
+    return destination && aligned(r.src_plane) && multiple(r.src_stride, 32) && multiple(r.width, 4);
+}
+
+// The column (table exports), the variant the alignment test picks, the
+// colour conversion, then any alpha pass.
+void ExportReference(const EncodeRow& c, const Request& r) {
+    const int column = c.pair_modes == nullptr || r.vertical_mode < 0 || r.vertical_mode > 4 ? 0 : r.vertical_mode;
+    if (column == 4) return;  // no kernel: nothing converted
+    const bool aligned = column == 0 && TakesAlignedKernel(c, r);
+    ReferenceEncode(r, {c.source, c.layout, c.alpha == Alpha::kFromSource, column, aligned}, QueryHostOption());
+    if (c.alpha == Alpha::kConstant) ReferenceAlphaPass(r, RgbSource::kAlphaConstant);
+    if (c.alpha == Alpha::kCopy) ReferenceAlphaPass(r, RgbSource::kAlphaPlane);
+}
+
+const Registration kRegistration = RegisterEach(kRows, [](const EncodeRow& c) {
+    ExportUnderTest e = Named(c.name, c.convert);
+    // A BGR24 single pair reads up to 6 bytes past its last pixel.
+    e.src = c.source == Src::kBgr32 ? PlaneSpec{4} : PlaneSpec{3, false, 6};
+    e.src_alpha = {c.alpha == Alpha::kCopy ? 1 : 0};
+    e.dst = c.layout == Lay::kY8Uv ? PlaneSpec{1, true} : PlaneSpec{2, false, 0, 4, true};
+    e.dst_alpha = {c.alpha == Alpha::kNone ? 0 : 1};
+    e.reference = [c](const Request& r) { ExportReference(c, r); };
+    if (c.kernels != nullptr) {
+        RequestStyle aligned{.block = 8, .drift_pitch = true, .source_anywhere = c.source == Src::kBgr24};
+        AddVariants(e, {"", {c.kernels->variant}}, aligned, [c](const Request& r, int variant) {
+            ReferenceEncode(r, {c.source, c.layout, c.alpha == Alpha::kFromSource, 0, variant < 2},
+                            QueryHostOption());
+        });
+    }
+    if (c.pair_modes != nullptr) {
+        e.pair_modes = {1, 2, 3};
+        const Kernel kernels[] = {c.pair_modes->halve, c.pair_modes->quarter, c.pair_modes->twice};
+        for (int32_t mode : e.pair_modes) {
+            e.kernels.push_back({"mode" + std::to_string(mode), {kernels[mode - 1]}, {.pair_mode = mode},
+                                 [c, mode](const Request& r) {
+                                     ReferenceEncode(r, {c.source, c.layout, false, mode, false},
+                                                     QueryHostOption());
+                                 }});
+        }
+    }
+    return e;
+});
+
+}  // namespace
+}  // namespace zenk::test

@@ -1,0 +1,104 @@
+// The YUV-to-RGB exports, their kernels and their references.
+#include "frame/host_option.h"
+#include "reference/rgb_alpha_reference.h"
+#include "reference/yuv_to_rgb_reference.h"
+#include "support/export_registry.h"
+#include "yuv_to_rgb/yuv_to_rgb_kernels.h"
+
+namespace zenk::test {
+namespace {
+
+enum class Kind { kFourKernel, kTable, kConstantAlpha, kAlphaCopy };
+
+struct DecodeRow {
+    const char* name;
+    ZenkConvertFunction convert;
+    Kind kind;
+    YuvLayout layout;
+    bool src_alpha;             // IA8P source
+    bool bgr24;
+    const KernelQuad* kernels;  // null for the composites
+    Kernel pair_mode;           // table exports: vertical_mode 1 and 2
+    FourthByte fourth[4];       // per variant; the pair-mode kernel's is variant 3's
+    // The export's test, written out: plane 16-aligned, pitch and width
+    // multiples of these units (src_width 0: source not tested).
+    uint32_t src_stride, src_width, dst_stride, dst_width;
+};
+
+constexpr FourthByte W = FourthByte::kWordAlpha, D = FourthByte::kDwordAlpha, P = FourthByte::kAlphaPlane,
+                     N = FourthByte::kNone;
+using L = YuvLayout;
+using K = Kind;
+using namespace yuv_to_rgb;
+
+const DecodeRow kRows[] = {
+    {"UYVY16I_BGR32I", ZENK_SSE2_UYVY16I_BGR32I_EX, K::kTable, L::kUyvy, 0, 0, &kUyvyToBgr32, kUyvyToBgr32Fields, {W, W, W, W}, 32, 4, 16, 8},
+    {"Y8PUV8I_BGR32I", ZENK_SSE2_Y8PUV8I_BGR32I_EX, K::kTable, L::kPlanar, 0, 0, &kPlanarToBgr32, kPlanarToBgr32Fields, {W, D, D, D}, 32, 4, 16, 8},
+    {"YUYV16I_BGR32I", ZENK_SSE2_YUYV16I_BGR32I_EX, K::kFourKernel, L::kYuyv, 0, 0, &kYuyvToBgr32, nullptr, {W, D, D, D}, 16, 8, 32, 4},
+    {"UYVY16I_BGR24I", ZENK_SSE2_UYVY16I_BGR24I_EX, K::kFourKernel, L::kUyvy, 0, 1, &kUyvyToBgr24, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+    {"YUYV16I_BGR24I", ZENK_SSE2_YUYV16I_BGR24I_EX, K::kFourKernel, L::kYuyv, 0, 1, &kYuyvToBgr24, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+    {"UVYY16I_BGR24I", ZENK_SSE2_UVYY16I_BGR24I_EX, K::kFourKernel, L::kUvyy, 0, 1, &kUvyyToBgr24, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+    {"Y8PUV8I_BGR24I", ZENK_SSE2_Y8PUV8I_BGR24I_EX, K::kFourKernel, L::kPlanar, 0, 1, &kPlanarToBgr24, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+    {"Y8PUV8IA8P_BGR32I", ZENK_SSE2_Y8PUV8IA8P_BGR32I_EX, K::kFourKernel, L::kPlanar, 1, 0, &kPlanarAlphaToBgr32, nullptr, {P, P, P, P}, 0, 0, 16, 16},
+    {"YUYV16IA8P_BGR32I", ZENK_SSE2_YUYV16IA8P_BGR32I_EX, K::kFourKernel, L::kYuyv, 1, 0, &kYuyvAlphaToBgr32, nullptr, {P, P, P, P}, 16, 8, 32, 4},
+    {"UYVY16IA8P_BGR32I", ZENK_SSE2_UYVY16IA8P_BGR32I_EX, K::kFourKernel, L::kUyvy, 1, 0, &kUyvyAlphaToBgr32, nullptr, {P, P, P, P}, 16, 8, 32, 4},
+    {"Y8PUV8I_BGR24IA8P", ZENK_SSE2_Y8PUV8I_BGR24IA8P_EX, K::kConstantAlpha, L::kPlanar, 0, 1, nullptr, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+    {"UVYY16I_BGR24IA8P", ZENK_SSE2_UVYY16I_BGR24IA8P_EX, K::kConstantAlpha, L::kUvyy, 0, 1, nullptr, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+    {"YUYV16I_BGR24IA8P", ZENK_SSE2_YUYV16I_BGR24IA8P_EX, K::kConstantAlpha, L::kYuyv, 0, 1, nullptr, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+    {"UYVY16I_BGR24IA8P", ZENK_SSE2_UYVY16I_BGR24IA8P_EX, K::kConstantAlpha, L::kUyvy, 0, 1, nullptr, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+    {"YUYV16IA8P_BGR24IA8P", ZENK_SSE2_YUYV16IA8P_BGR24IA8P_EX, K::kAlphaCopy, L::kYuyv, 1, 1, nullptr, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+    {"UYVY16IA8P_BGR24IA8P", ZENK_SSE2_UYVY16IA8P_BGR24IA8P_EX, K::kAlphaCopy, L::kUyvy, 1, 1, nullptr, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+};
+
+bool PassesTest(const DecodeRow& c, const Request& r) {
+    auto side = [&](const void* plane, int32_t stride, uint32_t stride_unit, uint32_t width_unit) {
+        return reinterpret_cast<uintptr_t>(plane) % 16 == 0 && static_cast<uint32_t>(stride) % stride_unit == 0 &&
+               static_cast<uint32_t>(r.width) % width_unit == 0;
+    };
+    return (c.src_width == 0 || side(r.src_plane, r.src_stride, c.src_stride, c.src_width)) &&
+           side(r.dst_plane, r.dst_stride, c.dst_stride, c.dst_width);
+}
+
+// An export that picks an aligned kernel has a width of whole blocks, so
+// every variant converts all pixels but a last odd one; only the alpha form
+// depends on the variant.
+void ExportReference(const DecodeRow& c, const Request& r) {
+    const int variant = (PassesTest(c, r) ? 0 : 2) + (r.use_streaming_stores ? 1 : 0);
+    const int column = c.kind == K::kTable && r.vertical_mode >= 0 && r.vertical_mode <= 4 ? r.vertical_mode : 0;
+    if (column == 0) ReferenceYuvToRgb(r, {c.layout, c.fourth[variant]}, 0, QueryHostOption());
+    if (column == 1 || column == 2) ReferenceYuvToRgbPairModes(r, {c.layout, c.fourth[3]}, QueryHostOption());
+    if (c.kind == K::kConstantAlpha) ReferenceAlphaPass(r, RgbSource::kAlphaConstant);
+    if (c.kind == K::kAlphaCopy) ReferenceAlphaPass(r, RgbSource::kAlphaPlane);
+}
+
+// Unaligned BGR32 lines start on 8-byte boundaries and BGR24 lines on even
+// bytes, or anywhere, stored unaligned.
+const Registration kRegistration = RegisterEach(kRows, [](const DecodeRow& c) {
+    ExportUnderTest e = Named(c.name, c.convert);
+    e.src = c.layout == L::kPlanar ? PlaneSpec{1, true} : PlaneSpec{2};
+    e.src_alpha = {c.src_alpha ? 1 : 0};
+    e.dst = {c.bgr24 ? 3 : 4, false, 0, c.bgr24 ? 2 : 8, true};
+    e.dst_alpha = {c.kind == K::kConstantAlpha || c.kind == K::kAlphaCopy ? 1 : 0};
+    e.reference = [c](const Request& r) { ExportReference(c, r); };
+    if (c.kernels != nullptr) {
+        // BGR24 lines whose pitch takes them off a boundary are stored
+        // unaligned by every walk; BGR32 aligned kernels need whole 16s.
+        const int block = c.bgr24 ? 16 : 8;
+        const RequestStyle aligned{.block = block, .drift_pitch = c.bgr24, .source_anywhere = c.src_width == 0};
+        AddVariants(e, {"", {c.kernels->variant}}, aligned, [c, block](const Request& r, int variant) {
+            ReferenceYuvToRgb(r, {c.layout, c.fourth[variant]}, variant < 2 ? block : 0, QueryHostOption());
+        });
+    }
+    if (c.pair_mode != nullptr) {
+        e.pair_modes = {1, 2};
+        for (int32_t mode : e.pair_modes)
+            e.kernels.push_back({"mode" + std::to_string(mode), {c.pair_mode}, {.pair_mode = mode},
+                                 [c](const Request& r) {
+                                     ReferenceYuvToRgbPairModes(r, {c.layout, c.fourth[3]}, QueryHostOption());
+                                 }});
+    }
+    return e;
+});
+
+}  // namespace
+}  // namespace zenk::test

@@ -1,0 +1,95 @@
+// The YUV-to-YUV exports, their kernels and their references. An export
+// chooses between a same-standard kernel and a change-of-standard kernel;
+// each kernel is listed under one export that uses it.
+#include "reference/rgb_alpha_reference.h"
+#include "reference/yuv_to_yuv_reference.h"
+#include "support/export_registry.h"
+#include "yuv_to_yuv/yuv_to_yuv_kernels.h"
+
+namespace zenk::test {
+namespace {
+
+using L = YuvLayout;
+using O = YuvOperation;
+using E = YuvExport;
+namespace k = yuv_to_yuv;
+
+struct KernelRow {
+    const char* name;
+    const KernelQuad* kernels;
+    YuvKernelModel aligned_model;  // variants 0 and 1
+    YuvKernelModel any_model;      // variants 2 and 3
+};
+
+enum class Dst { kPacked, kPlanar, kWide };
+enum class Alpha { kNone, kConstant, kCopy };
+
+struct ExportRow {
+    const char* name;
+    ZenkConvertFunction convert;
+    E colour;
+    Dst destination;
+    Alpha alpha;
+    std::vector<KernelRow> kernels;
+};
+
+const KernelRow kCopyPacked{"CopyPacked.", &k::kCopyPacked, {O::kCopy}, {O::kCopy}};
+
+const ExportRow kRows[] = {
+    {"UYVY16I_UYVY16I", ZENK_SSE2_UYVY16I_UYVY16I_EX, E::kUyvyToUyvy, Dst::kPacked, Alpha::kNone,
+     {kCopyPacked, {"Matrix.", &k::kMatrixUyvyToUyvy, {O::kMatrix}, {O::kMatrix}}}},
+    {"YUYV16I_YUYV16I", ZENK_SSE2_YUYV16I_YUYV16I_EX, E::kYuyvToYuyv, Dst::kPacked, Alpha::kNone,
+     {{"Matrix.", &k::kMatrixYuyvToYuyv, {O::kMatrix, L::kYuyv, L::kYuyv}, {O::kMatrix, L::kYuyv, L::kYuyv}}}},
+    {"UYVY16I_YUYV16I", ZENK_SSE2_UYVY16I_YUYV16I_EX, E::kUyvyToYuyv, Dst::kPacked, Alpha::kNone,
+     {{"SwapWordBytes.", &k::kSwapWordBytes, {O::kReorder, L::kUyvy, L::kYuyv}, {O::kReorder, L::kYuyv, L::kUyvy}},
+      {"Matrix.", &k::kMatrixUyvyToYuyv, {O::kMatrix, L::kUyvy, L::kYuyv}, {O::kMatrix, L::kUyvy, L::kYuyv}}}},
+    {"YUYV16I_UYVY16I", ZENK_SSE2_YUYV16I_UYVY16I_EX, E::kYuyvToUyvy, Dst::kPacked, Alpha::kNone,
+     {{"Matrix.", &k::kMatrixYuyvToUyvy, {O::kMatrix, L::kYuyv, L::kUyvy}, {O::kMatrix, L::kYuyv, L::kUyvy}}}},
+    {"UVYY16I_UYVY16I", ZENK_SSE2_UVYY16I_UYVY16I_EX, E::kUvyyToUyvy, Dst::kPacked, Alpha::kNone, {}},
+    {"UYVY16I_UVYY16I", ZENK_SSE2_UYVY16I_UVYY16I_EX, E::kUyvyToUvyy, Dst::kPacked, Alpha::kNone,
+     {{"ExchangeOrCopy.", &k::kExchangeMiddleBytesOrCopy, {O::kReorder, L::kUvyy, L::kUyvy}, {O::kCopy}},
+      {"SharedMatrix.", &k::kMatrixSharedUyvyOrder, {O::kSharedMatrix}, {O::kSharedMatrix}}}},
+    {"UYVY16I_Y8PUV8I", ZENK_SSE2_UYVY16I_Y8PUV8I_EX, E::kUyvyToY8puv8, Dst::kPlanar, Alpha::kNone,
+     {{"Split.", &k::kSplitToPlanar, {O::kSplit}, {O::kSplit}}}},
+    {"UYVY16I_V8U8Y8A8I", ZENK_SSE2_UYVY16I_V8U8Y8A8I_EX, E::kUyvyToV8u8y8a8, Dst::kWide, Alpha::kNone,
+     {{"Widen.", &k::kWidenTo444, {O::kWiden}, {O::kWiden}}}},
+    {"UVYY16I_UYVY16IA8P", ZENK_SSE2_UVYY16I_UYVY16IA8P_EX, E::kUvyyToUyvy, Dst::kPacked, Alpha::kConstant, {}},
+    {"YUYV16I_UYVY16IA8P", ZENK_SSE2_YUYV16I_UYVY16IA8P_EX, E::kYuyvToUyvy, Dst::kPacked, Alpha::kConstant, {}},
+    {"UYVY16I_YUYV16IA8P", ZENK_SSE2_UYVY16I_YUYV16IA8P_EX, E::kUyvyToYuyv, Dst::kPacked, Alpha::kConstant, {}},
+    {"UYVY16I_Y8PUV8IA8P", ZENK_SSE2_UYVY16I_Y8PUV8IA8P_EX, E::kUyvyToY8puv8, Dst::kPlanar, Alpha::kConstant, {}},
+    {"UYVY16I_UYVY16IA8P", ZENK_SSE2_UYVY16I_UYVY16IA8P_EX, E::kUyvyToUyvy, Dst::kPacked, Alpha::kConstant, {}},
+    {"UYVY16I_UVYY16IA8P", ZENK_SSE2_UYVY16I_UVYY16IA8P_EX, E::kUyvyToUvyy, Dst::kPacked, Alpha::kConstant, {}},
+    {"YUYV16I_YUYV16IA8P", ZENK_SSE2_YUYV16I_YUYV16IA8P_EX, E::kYuyvToYuyv, Dst::kPacked, Alpha::kConstant, {}},
+    {"UYVY16IA8P_YUYV16IA8P", ZENK_SSE2_UYVY16IA8P_YUYV16IA8P_EX, E::kUyvyToYuyv, Dst::kPacked, Alpha::kCopy, {}},
+    {"UYVY16IA8P_UYVY16IA8P", ZENK_SSE2_UYVY16IA8P_UYVY16IA8P_EX, E::kUyvyToUyvy, Dst::kPacked, Alpha::kCopy, {}},
+    {"YUYV16IA8P_YUYV16IA8P", ZENK_SSE2_YUYV16IA8P_YUYV16IA8P_EX, E::kYuyvToYuyv, Dst::kPacked, Alpha::kCopy, {}},
+    {"YUYV16IA8P_UYVY16IA8P", ZENK_SSE2_YUYV16IA8P_UYVY16IA8P_EX, E::kYuyvToUyvy, Dst::kPacked, Alpha::kCopy, {}},
+};
+
+const Registration kRegistration = RegisterEach(kRows, [](const ExportRow& c) {
+    ExportUnderTest e = Named(c.name, c.convert);
+    e.src = {2};
+    e.src_alpha = {c.alpha == Alpha::kCopy ? 1 : 0};
+    // Packed and 4:4:4 lines start on 4-byte boundaries, or anywhere.
+    e.dst = c.destination == Dst::kPlanar ? PlaneSpec{1, true}
+                                          : PlaneSpec{c.destination == Dst::kWide ? 4 : 2, false, 0, 4, true};
+    e.dst_alpha = {c.alpha == Alpha::kNone ? 0 : 1};
+    e.lines_bound_writes = c.destination != Dst::kPlanar;
+    e.reference = [c](const Request& r) {
+        ReferenceYuvExport(r, c.colour);
+        if (c.alpha == Alpha::kConstant) ReferenceAlphaPass(r, RgbSource::kAlphaConstant);
+        if (c.alpha == Alpha::kCopy) ReferenceAlphaPass(r, RgbSource::kAlphaPlane);
+    };
+    // The aligned kernels take their source at any address, and the
+    // split its planes at any pitch.
+    const RequestStyle aligned{.block = c.destination == Dst::kWide ? 8 : 16,
+                               .drift_pitch = c.destination == Dst::kPlanar, .source_anywhere = true};
+    for (const KernelRow& kernel : c.kernels)
+        AddVariants(e, {kernel.name, {kernel.kernels->variant}}, aligned, [kernel](const Request& r, int variant) {
+            ReferenceYuvKernel(r, variant < 2 ? kernel.aligned_model : kernel.any_model, variant < 2);
+        });
+    return e;
+});
+
+}  // namespace
+}  // namespace zenk::test
