@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "frame/export_frame.h"
-#include "frame/line_addressing.h"
+#include "kernel/line_addressing.h"
 #include "support/test_picture.h"
 
 namespace zenk {

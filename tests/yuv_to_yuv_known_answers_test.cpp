@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "reference/yuv_to_yuv_reference.h"
-#include "yuv_to_yuv/line_walk.h"
+#include "yuv_to_yuv/formats.h"
 #include "yuv_to_yuv/matrix_change.h"
 #include "yuv_to_yuv/yuv_to_yuv_kernels.h"
 

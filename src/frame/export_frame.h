@@ -4,13 +4,18 @@
 // (exports_<family>.cpp) is a list of one-line exports built from these.
 #pragma once
 
-#include "kernel.h"
+#include "kernel/kernel.h"
 
 // Defines an extended export. The public header gives it C linkage,
 // default visibility and the cdecl convention.
 #define ZENK_EXPORT_EX(pair) extern "C" void ZENK_CALL ZENK_SSE2_##pair##_EX(const ZenkConversionRequest* request)
 
 namespace zenk {
+
+// Four-kernel exports: test, pick the variant, run it once.
+inline void RunFourKernel(const AlignmentTest& test, const KernelQuad& kernels, const Request* r) {
+    kernels.variant[VariantFor(Passes(test, *r), *r)](r);
+}
 
 // ---- Table exports ----------------------------------------------------------
 
@@ -30,11 +35,6 @@ constexpr KernelTable MakeKernelTable(const KernelQuad& frame, Kernel column1, K
              column3, column3, column3, column3,
              nullptr, nullptr, nullptr, nullptr}};
 }
-
-// The source and destination tests are fixed masks shared by all five
-// table exports, whichever side is the 16-bit or the 32-bit one.
-inline constexpr AlignmentTest kTableExportTest =
-    BothSidesTest({32, 4, false}, {16, 8, false});
 
 // Index into a KernelTable for this request.
 int SelectKernelVariant(const Request& r);
