@@ -1,14 +1,17 @@
 // The export frame: how an extended export turns a request into one kernel
 // call, how a plain export builds its request, and how the composites add
 // an alpha pass to a colour conversion. Each family's export file
-// (exports_<family>.cpp) is a list of one-line exports built from these.
+// (exports_<family>.cpp) is a list of one-line exports built from these:
+// each line names the kernel quad or table the export runs, and the quad's
+// definition in the family's <family>_kernels.cpp names its templates.
 #pragma once
 
 #include "kernel/kernel.h"
 
-// Defines an extended export. The public header gives it C linkage,
+// Defines an extended export, spelled out in full so that a search for the
+// export's name finds its line. The public header gives it C linkage,
 // default visibility and the cdecl convention.
-#define ZENK_EXPORT_EX(pair) extern "C" void ZENK_CALL ZENK_SSE2_##pair##_EX(const ZenkConversionRequest* request)
+#define ZENK_EXPORT_EX(name) extern "C" void ZENK_CALL name(const ZenkConversionRequest* request)
 
 namespace zenk {
 
