@@ -47,7 +47,7 @@ namespace line_walk {
 // converts them into a buffer on the stack and streams that out
 // (StreamBytes); a head or tail is under 64 bytes.
 template <class F, class A>
-inline void Singles(F& f, int32_t count) {
+ZENK_ARITHMETIC void Singles(F& f, int32_t count) {
     if constexpr (A::kStreaming && F::kStreamEnds) {
         if (count <= 0) return;
         alignas(16) uint8_t staged[64];
@@ -63,7 +63,7 @@ inline void Singles(F& f, int32_t count) {
 }
 
 template <class F, class A, class Store>
-inline void Blocks(F& f, int32_t count) {
+ZENK_ARITHMETIC void Blocks(F& f, int32_t count) {
     for (int32_t i = 0; i < count; ++i) {
         if constexpr (F::kPrefetchEvery > 0) {
             if (i % F::kPrefetchEvery == 0) PrefetchAhead<A>(f.Ahead(), f.dst);

@@ -65,23 +65,23 @@ inline V Mask64(uint64_t lane) { return S::Set64(lane); }
 
 // Two BGRA pixels per 64-bit lane to their quads in the lane's low dword.
 // The fourth byte of each pixel is dropped.
-inline V FirstQuads(V px) {
+ZENK_ARITHMETIC V FirstQuads(V px) {
     return S::Or(S::And(px, Mask64(0x00FFFFFF)),
                         S::And(S::Shr64<8>(px), Mask64(0xFF000000)));  // B1
 }
-inline V SecondQuads(V px) {
+ZENK_ARITHMETIC V SecondQuads(V px) {
     return S::Or(S::And(S::Shr64<16>(px), Mask64(0x000000FF)),   // R0
                         S::And(S::Shr64<24>(px), Mask64(0xFFFFFF00)));  // B1, G1, R1
 }
 
 // Dwords 0 and 2 of `a`, then dwords 0 and 2 of `b`.
-inline V EvenDwords(V a, V b) {
+ZENK_ARITHMETIC V EvenDwords(V a, V b) {
     return S::Lo64(S::Shuffle32<Pick(0, 2, 1, 3)>(a),
                               S::Shuffle32<Pick(0, 2, 1, 3)>(b));
 }
 
 // Four pairs of BGRA pixels, two pairs in each vector.
-inline Quads QuadsFromBgr32(V pairs01, V pairs23) {
+ZENK_ARITHMETIC Quads QuadsFromBgr32(V pairs01, V pairs23) {
     return {EvenDwords(FirstQuads(pairs01), FirstQuads(pairs23)),
             EvenDwords(SecondQuads(pairs01), SecondQuads(pairs23))};
 }
@@ -154,12 +154,12 @@ struct Encoded {
     V c;
 };
 
-inline V Weigh(const Encoder& k, V first, V second, V weights_a, V weights_b) {
+ZENK_ARITHMETIC V Weigh(const Encoder& k, V first, V second, V weights_a, V weights_b) {
     const V sum = S::Add32(S::MulAdd16(first, weights_a), S::MulAdd16(second, weights_b));
     return S::Sar32<15>(S::Add32(sum, k.round));
 }
 
-inline Encoded Encode(const Encoder& k, const Quads& q) {
+ZENK_ARITHMETIC Encoded Encode(const Encoder& k, const Quads& q) {
     const V zero = S::Zero();
     const V first01 = S::Lo8(q.first, zero), first23 = S::Hi8(q.first, zero);
     const V second01 = S::Lo8(q.second, zero), second23 = S::Hi8(q.second, zero);
@@ -350,7 +350,7 @@ struct LineWriter : Layout::Cursor {
     }
 
     template <class Store>
-    void Block() {
+    ZENK_ARITHMETIC void Block() {
         const Encoded e = Encode(k, Source::Block(src));
         if constexpr (kDouble) {
             Encoded low, high;

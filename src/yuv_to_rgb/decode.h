@@ -34,7 +34,7 @@ struct BgrWords {
 };
 
 // Eight words from pixel order to the even-first order of BgrWords.
-inline V EvenFirst(V words) {
+ZENK_ARITHMETIC V EvenFirst(V words) {
     const V pairs = S::ShuffleHi16<Pick(0, 2, 1, 3)>(S::ShuffleLo16<Pick(0, 2, 1, 3)>(words));  // 0 2 1 3 4 6 5 7
     return S::Shuffle32<Pick(0, 2, 1, 3)>(pairs);  // 0 2 4 6 1 3 5 7
 }
@@ -89,7 +89,7 @@ struct DecodeConstants {
 // the word; hosts depend on the wrap of negative Yd that this gives) and Yd'
 // of an odd pixel is its full signed Yd. Chroma is repeated for both pixels
 // of a pair.
-inline BgrWords Decode8(const DecodeConstants& k, const YuvWords& w) {
+ZENK_ARITHMETIC BgrWords Decode8(const DecodeConstants& k, const YuvWords& w) {
     const V chroma = S::Shl16<1>(S::Sub16(w.chroma, S::Set16(128)));
     const V yd =
         S::Sub16(S::Min16(S::Max16(w.luma, k.clamp_low), k.clamp_high), k.luma_offset);
@@ -108,7 +108,7 @@ inline BgrWords Decode8(const DecodeConstants& k, const YuvWords& w) {
 // Eight BGRA pixels in two vectors (pixels 0..3, 4..7). The alpha words come
 // in the even-first order of the colour (EvenFirst) and are saturated to
 // 0..255 as signed words, like the colour.
-inline void PackBgra(const BgrWords& c, V alpha_words, V out[2]) {
+ZENK_ARITHMETIC void PackBgra(const BgrWords& c, V alpha_words, V out[2]) {
     const V br = S::PackS16ToU8(c.b, c.r);             // B0 B2 .. B7, R0 R2 .. R7
     const V ga = S::PackS16ToU8(c.g, alpha_words);     // G0 G2 .. G7, A0 A2 .. A7
     const V bg = S::Lo8(br, ga);              // B0 G0 B2 G2 ...
