@@ -14,6 +14,14 @@ namespace zenk {
 using Request = ZenkConversionRequest;
 using Kernel = void (*)(const Request*);
 
+// A kernel's entry function: the walk, the format's per-unit and per-block
+// calls and the arithmetic all inlined into one body. Only then do the
+// running pointers and the call's constants live in registers for the whole
+// picture; a call left out of line makes the line's state escape to memory,
+// and every store of a block (a byte store may alias anything) then forces
+// the pointers to be written back and read again.
+#define ZENK_KERNEL_ENTRY [[gnu::flatten]]
+
 // Variants: 0 aligned + ordinary stores, 1 aligned + non-temporal stores,
 // 2 any alignment + ordinary stores, 3 any alignment + non-temporal stores.
 enum Variant : int {

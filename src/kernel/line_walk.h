@@ -132,7 +132,7 @@ namespace zenk {
 // The kernel of a 1:1 format F: its state built from the request, then the
 // picture walked with access policy A.
 template <class F, class A>
-void FrameKernel(const Request* r) {
+ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
     F f(*r);
     WalkFrame<F, A>(f, *r);
 }

@@ -10,7 +10,7 @@
 namespace zenk::rgb_to_yuv {
 
 template <class Source, class Layout, bool kAlpha, class A>
-void FrameKernel(const Request* r) {
+ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
     const Encoder k(*r);
     const Layout layout(k);
     LineWriter<Source, Layout, false, kAlpha> line(k, layout, r->src_plane, layout.At(r->dst_plane, *r),
@@ -30,7 +30,7 @@ void ColourAndAlpha(const Request* r) {
 // Reduction: destination line n from source stream A (n even) or B (n odd);
 // `width` is the destination's pixels per line.
 template <class Source, class Layout, class A>
-void ReduceKernel(const Request* r) {
+ZENK_KERNEL_ENTRY void ReduceKernel(const Request* r) {
     const Encoder k(*r);
     const Layout layout(k);
     using Line = LineWriter<Source, Layout, false, false>;
@@ -51,7 +51,7 @@ void ReduceKernel(const Request* r) {
 // Y8PUV8I destination's chroma lines follow its luma lines in the same way,
 // from dst_plane + dst_stride * dst_height.
 template <class Layout, class A>
-void DoubleKernel(const Request* r) {
+ZENK_KERNEL_ENTRY void DoubleKernel(const Request* r) {
     const Encoder k(*r);
     const Layout layout(k);
     Prefetch(r->src_plane);

@@ -203,7 +203,7 @@ struct Line {
 // Frame kernels walk the picture with one running pointer per plane and the
 // request's skips.
 template <class Src, class Dst, class A>
-void FrameKernel(const Request* r) {
+ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
     const DecodeConstants k(*r, Dst::kAlpha);
     Line<Src, Dst, 16> line{k, Src::Start(*r, r->src_plane), r->dst_plane};
     WalkFrame<decltype(line), A>(line, *r);
@@ -214,7 +214,7 @@ void FrameKernel(const Request* r) {
 // are split like those of the unaligned kernels, except that a line shorter
 // than 8 pixels (not 16) goes in pairs.
 template <class Src, class Dst, class A>
-void PairModeKernel(const Request* r) {
+ZENK_KERNEL_ENTRY void PairModeKernel(const Request* r) {
     const DecodeConstants k(*r, Dst::kAlpha);
     using L = Line<Src, Dst, 8>;
     WalkPairModeFrame<L, A>(*r, [&](const uint8_t* src_line, uint8_t* dst) {
