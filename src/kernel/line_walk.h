@@ -134,9 +134,15 @@ namespace zenk {
 
 // The kernel of a 1:1 format F: its state built from the request, then the
 // picture walked with access policy A.
+// The picture is walked with a copy of the state the format's constructor
+// built: that constructor may hand its object's address to setup code out
+// of line (a coefficient block filled through pointers), and a state whose
+// address has left the kernel stays in memory, its running pointers stored
+// and reloaded around every block. The copy's address never leaves.
 template <class F, class A>
 ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
-    F f(*r);
+    const F built(*r);
+    F f(built);
     WalkFrame<F, A>(f, *r);
 }
 
