@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "frame/line_addressing.h"
+#include "kernel/line_addressing.h"
 #include "support/counting_host_settings.h"
 #include "support/host_option_fixture.h"
 #include "support/test_picture.h"

@@ -1,7 +1,5 @@
 #include "export_frame.h"
 
-#include "rgb_alpha/rgb_alpha_kernels.h"
-
 namespace zenk {
 
 int SelectKernelVariant(const Request& r) {
@@ -39,7 +37,7 @@ void RunAlphaCopyComposite(ExportFunction colour, AlphaDestination where, const 
         alpha.dst_stride = r->dst_alpha_stride;
         alpha.dst_skip = r->dst_alpha_skip;
     }
-    RunFourKernel(rgb_alpha::kAlphaPlaneTest, rgb_alpha::kCopyAlphaPlane, &alpha);
+    ZENK_SSE2_A8P_A8P_EX(&alpha);
 }
 
 Request MakePlainRequest(const uint8_t* src, uint8_t* dst, int32_t src_pitch, int32_t matrix,

@@ -1,16 +1,24 @@
 // The export frame: how an extended export turns a request into one kernel
 // call, how a plain export builds its request, and how the composites add
 // an alpha pass to a colour conversion. Each family's export file
-// (exports_<family>.cpp) is a list of one-line exports built from these.
+// (exports_<family>.cpp) is a list of one-line exports built from these:
+// each line names the kernel quad or table the export runs, and the quad's
+// definition in the family's <family>_kernels.cpp names its templates.
 #pragma once
 
-#include "kernel.h"
+#include "kernel/kernel.h"
 
-// Defines an extended export. The public header gives it C linkage,
+// Defines an extended export, spelled out in full so that a search for the
+// export's name finds its line. The public header gives it C linkage,
 // default visibility and the cdecl convention.
-#define ZENK_EXPORT_EX(pair) extern "C" void ZENK_CALL ZENK_SSE2_##pair##_EX(const ZenkConversionRequest* request)
+#define ZENK_EXPORT_EX(name) extern "C" void ZENK_CALL name(const ZenkConversionRequest* request)
 
 namespace zenk {
+
+// Four-kernel exports: test, pick the variant, run it once.
+inline void RunFourKernel(const AlignmentTest& test, const KernelQuad& kernels, const Request* r) {
+    kernels.variant[VariantFor(Passes(test, *r), *r)](r);
+}
 
 // ---- Table exports ----------------------------------------------------------
 
@@ -30,11 +38,6 @@ constexpr KernelTable MakeKernelTable(const KernelQuad& frame, Kernel column1, K
              column3, column3, column3, column3,
              nullptr, nullptr, nullptr, nullptr}};
 }
-
-// The source and destination tests are fixed masks shared by all five
-// table exports, whichever side is the 16-bit or the 32-bit one.
-inline constexpr AlignmentTest kTableExportTest =
-    BothSidesTest({32, 4, false}, {16, 8, false});
 
 // Index into a KernelTable for this request.
 int SelectKernelVariant(const Request& r);

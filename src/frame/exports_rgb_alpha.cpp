@@ -1,5 +1,5 @@
 // Exports of the RGB repacking and alpha plane family. Kernels:
-// src/rgb_alpha/rgb_alpha_kernels.h.
+// src/rgb_alpha/rgb_alpha_kernels.cpp (quads)
 #include "export_frame.h"
 #include "rgb_alpha/rgb_alpha_kernels.h"
 
@@ -7,24 +7,24 @@ using namespace zenk;
 using namespace zenk::rgb_alpha;
 
 // Four-kernel exports.
-ZENK_EXPORT_EX(BGR32I_BGR32I) { RunFourKernel(kCopyBgr32Test, kCopyBgr32, request); }
-ZENK_EXPORT_EX(BGR32I_BGR24I) { RunFourKernel(kToBgr24Test, kBgr32ToBgr24, request); }
-ZENK_EXPORT_EX(BGR24I_BGR32I) { RunFourKernel(kToBgr32Test, kBgr24ToBgr32, request); }
-ZENK_EXPORT_EX(BGR24I_BGR24I) { RunFourKernel(kToBgr24Test, kCopyBgr24, request); }
-ZENK_EXPORT_EX(BGR32I_BGR24IA8P) { RunFourKernel(kSplitTest, kSplitBgr32, request); }
-ZENK_EXPORT_EX(A8P_A8P) { RunFourKernel(kAlphaPlaneTest, kCopyAlphaPlane, request); }
-ZENK_EXPORT_EX(A8C_A8P) { RunFourKernel(kAlphaPlaneTest, kFillAlphaPlane, request); }
-ZENK_EXPORT_EX(BGR32I_A8P) { RunFourKernel(kExtractAlphaTest, kExtractAlpha, request); }
-ZENK_EXPORT_EX(BGR24IA8P_BGR32I) { RunFourKernel(kExtractAlphaTest, kMergeAlpha, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_BGR32I_EX) { RunFourKernel(kCopyBgr32Test, kCopyBgr32, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_BGR24I_EX) { RunFourKernel(kToBgr24Test, kBgr32ToBgr24, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_BGR32I_EX) { RunFourKernel(kToBgr32Test, kBgr24ToBgr32, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_BGR24I_EX) { RunFourKernel(kToBgr24Test, kCopyBgr24, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_BGR24IA8P_EX) { RunFourKernel(kSplitTest, kSplitBgr32, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_A8P_A8P_EX) { RunFourKernel(kAlphaPlaneTest, kCopyAlphaPlane, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_A8C_A8P_EX) { RunFourKernel(kAlphaPlaneTest, kFillAlphaPlane, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_A8P_EX) { RunFourKernel(kExtractAlphaTest, kExtractAlpha, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_BGR32I_EX) { RunFourKernel(kExtractAlphaTest, kMergeAlpha, request); }
 
 // Composites.
-ZENK_EXPORT_EX(BGR24I_BGR24IA8P) { RunConstantAlphaComposite(ZENK_SSE2_BGR24I_BGR24I_EX, request); }
-ZENK_EXPORT_EX(BGR24IA8P_BGR24IA8P) {
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_BGR24IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_BGR24I_BGR24I_EX, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_BGR24IA8P_EX) {
     RunAlphaCopyComposite(ZENK_SSE2_BGR24I_BGR24I_EX, AlphaDestination::kAlphaPlane, request);
 }
-ZENK_EXPORT_EX(BGR24IA8P_A8P) { RunAlphaCopyComposite(nullptr, AlphaDestination::kDestinationPlane, request); }
-ZENK_EXPORT_EX(UYVY16IA8P_A8P) { RunAlphaCopyComposite(nullptr, AlphaDestination::kDestinationPlane, request); }
-ZENK_EXPORT_EX(YUYV16IA8P_A8P) { RunAlphaCopyComposite(nullptr, AlphaDestination::kDestinationPlane, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_A8P_EX) { RunAlphaCopyComposite(nullptr, AlphaDestination::kDestinationPlane, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_UYVY16IA8P_A8P_EX) { RunAlphaCopyComposite(nullptr, AlphaDestination::kDestinationPlane, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_YUYV16IA8P_A8P_EX) { RunAlphaCopyComposite(nullptr, AlphaDestination::kDestinationPlane, request); }
 
 // Plain entry points.
 ZENK_PLAIN_EXPORT(BGR32I_BGR32I, PlainFullRange::kNotSet)

@@ -1,18 +1,11 @@
-// The one outside setting of the library: host option 128, which chooses
-// between the full-swing and the studio chroma coefficient sets of the
-// full-range conversions.
+// The module's side of the host settings: the application object that
+// obtains the settings object at load, and the cache behind QueryHostOption.
 #pragma once
 
-#include <cstdint>
-
+#include "kernel/host_option.h"
 #include "zenk_host_settings.h"
 
 namespace zenk {
-
-// Option 128 of the host settings object. Asks the settings library for the
-// object on first use (and again while it has none); answers 1, the
-// full-swing sets, while no object can be had.
-int32_t QueryHostOption();
 
 // The module's application object: built when the library is loaded, it
 // obtains the host settings object at initialisation. A null object fails

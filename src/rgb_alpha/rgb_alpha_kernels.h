@@ -1,13 +1,13 @@
 // RGB repacking and alpha plane kernels: where every export of the family
 // finds its four kernels and the alignment test that chooses among them.
 //
-//   rgb_repack.cpp    BGR32/BGR24 copies and repacking, the BGR32 split into
-//                     BGR24 + alpha plane, alpha extraction from BGR32 and the
-//                     merge of BGR24 with an alpha plane (16-pixel blocks).
-//   alpha_planes.cpp  alpha plane copy and constant fill (32-byte blocks).
+//   formats.h    BGR32/BGR24 copies and repacking, the BGR32 split into BGR24 +
+//                alpha plane, alpha extraction from BGR32 and the merge of BGR24
+//                with an alpha plane (16-pixel blocks); alpha plane copy and
+//                constant fill (32-byte blocks).
 #pragma once
 
-#include "frame/kernel.h"
+#include "kernel/kernel.h"
 
 namespace zenk::rgb_alpha {
 

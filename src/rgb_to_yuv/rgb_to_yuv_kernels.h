@@ -3,11 +3,11 @@
 //
 //   coefficients.cpp       the weight sets and SetupRgbToYuvCoefficients
 //   encode.h               the arithmetic, the source unpacking, the layouts
-//   frame_kernels.cpp      1:1 conversions (four variants each)
-//   pair_mode_kernels.cpp  reduction by 2 and 4 and line doubling (BGR32 only)
+//   rgb_to_yuv_kernels.cpp 1:1 conversions (four variants each); reduction by
+//                          2 and 4 and line doubling (BGR32 only)
 #pragma once
 
-#include "frame/export_frame.h"
+#include "kernel/kernel.h"
 
 namespace zenk::rgb_to_yuv {
 

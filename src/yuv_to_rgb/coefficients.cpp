@@ -1,6 +1,6 @@
 #include "coefficients.h"
 
-#include "frame/host_option.h"
+#include "kernel/host_option.h"
 
 namespace zenk::yuv_to_rgb {
 namespace {

@@ -6,7 +6,7 @@
 //   yuv_to_rgb_kernels.cpp  source unpacking, destination packing, line walks
 #pragma once
 
-#include "frame/kernel.h"
+#include "kernel/kernel.h"
 
 namespace zenk::yuv_to_rgb {
 

@@ -1,10 +1,11 @@
 // Change of colour standard between ITU-R BT.601 and BT.709 on 4:2:2 YUV:
 // the coefficient block every matrix-change kernel fills on its stack, the
 // routine that fills its vectors, and the per-pixel arithmetic, written once
-// on SSE2 vectors of eight 16-bit lanes.
+// on the vector layer.
 #pragma once
 
-#include "frame/kernel.h"
+#include "kernel/kernel.h"
+#include "kernel/pixel_packing.h"
 
 namespace zenk::yuv_to_yuv {
 
@@ -44,13 +45,6 @@ struct MatrixChangeVectors {
     __m128i clamp_high = _mm_setzero_si128();
 };
 
-// Eight pixels as 16-bit lanes: luma of pixel n in lane n, chroma of pair k
-// as Cb in lane 2k and Cr in lane 2k + 1.
-struct Lanes {
-    __m128i luma;
-    __m128i chroma;
-};
-
 // How the luma of a 16-pixel group takes its correction.
 //  kOwnPair: pixels 0-7 take the correction of their own pairs, pixels 8-15
 //    theirs.
@@ -61,43 +55,43 @@ struct Lanes {
 //    correction of pixels 0-7 themselves is computed and not used.
 enum class LumaRule { kOwnPair, kCrossed };
 
-namespace detail {
+// The arithmetic on the vector layer S; the constants are the 128-bit
+// vectors of MatrixChangeVectors.
+template <class S>
+struct MatrixArithmetic {
+    using V = typename S::V;
 
-inline __m128i Clamp(__m128i v, const MatrixChangeVectors& m) {
-    return _mm_min_epi16(_mm_max_epi16(v, m.clamp_low), m.clamp_high);
-}
+    static V Clamp(V v, const MatrixChangeVectors& m) { return S::Min16(S::Max16(v, m.clamp_low), m.clamp_high); }
 
-// Four 32-bit sums with 14 fractional bits to 8 fractional bits.
-inline __m128i Shift6(__m128i sums) { return _mm_srai_epi32(sums, 6); }
+    // Four 32-bit sums with 14 fractional bits to 8 fractional bits.
+    static V Shift6(V sums) { return S::template Sar32<6>(sums); }
 
-// The luma correction of four pairs, saturated to 16 bits and repeated for
-// both pixels of each pair.
-inline __m128i PerPixelCorrection(__m128i cbcr, const MatrixChangeVectors& m) {
-    const __m128i pairs = Shift6(_mm_madd_epi16(cbcr, m.luma_correction));
-    const __m128i words = _mm_packs_epi32(pairs, pairs);  // d0 d1 d2 d3 d0 d1 d2 d3
-    return _mm_unpacklo_epi16(words, words);              // d0 d0 d1 d1 d2 d2 d3 d3
-}
+    // The luma correction of four pairs, saturated to 16 bits and repeated
+    // for both pixels of each pair.
+    static V PerPixelCorrection(V cbcr, const MatrixChangeVectors& m) {
+        const V pairs = Shift6(S::MulAdd16(cbcr, m.luma_correction));
+        const V words = S::PackS32To16(pairs, pairs);  // d0 d1 d2 d3 d0 d1 d2 d3
+        return S::Lo16(words, words);                  // d0 d0 d1 d1 d2 d2 d3 d3
+    }
 
-// New Cb and Cr of four pairs, saturated to 16 bits, interleaved again.
-inline __m128i NewChroma(__m128i cbcr, const MatrixChangeVectors& m) {
-    const __m128i cb = Shift6(_mm_madd_epi16(cbcr, m.cb));
-    const __m128i cr = Shift6(_mm_madd_epi16(cbcr, m.cr));
-    return _mm_packs_epi32(_mm_unpacklo_epi32(cb, cr), _mm_unpackhi_epi32(cb, cr));
-}
+    // New Cb and Cr of four pairs, saturated to 16 bits, interleaved again.
+    static V NewChroma(V cbcr, const MatrixChangeVectors& m) {
+        const V cb = Shift6(S::MulAdd16(cbcr, m.cb));
+        const V cr = Shift6(S::MulAdd16(cbcr, m.cr));
+        return S::PackS32To16(S::Lo32(cb, cr), S::Hi32(cb, cr));
+    }
 
-// Rounding of values with 8 fractional bits, in two steps on 16-bit lanes
-// that wrap: first +128 where the lane of `sign_of` is not negative, then
-// -128 where the result is negative. A value rounded by its own sign passes
-// itself as `sign_of`; the second half of a 16-pixel group passes the first
-// half's value of the same lane, as the group arithmetic always has.
-inline __m128i AddHalfBy(__m128i v, __m128i sign_of) {
-    return _mm_add_epi16(v, _mm_andnot_si128(_mm_srai_epi16(sign_of, 15), _mm_set1_epi16(128)));
-}
-inline __m128i LowerNegative(__m128i v) {
-    return _mm_add_epi16(v, _mm_and_si128(_mm_srai_epi16(v, 15), _mm_set1_epi16(-128)));
-}
-
-}  // namespace detail
+    // Rounding of values with 8 fractional bits, in two steps on 16-bit
+    // lanes that wrap: first +128 where the lane of `sign_of` is not
+    // negative, then -128 where the result is negative. A value rounded by
+    // its own sign passes itself as `sign_of`; the second half of a 16-pixel
+    // group passes the first half's value of the same lane, as the group
+    // arithmetic always has.
+    static V AddHalfBy(V v, V sign_of) {
+        return S::Add16(v, S::AndNot(S::template Sar16<15>(sign_of), S::Set16(128)));
+    }
+    static V LowerNegative(V v) { return S::Add16(v, S::And(S::template Sar16<15>(v), S::Set16(-128))); }
+};
 
 // The matrix change of a 16-pixel group: `a` holds pixels 0-7 and `b`
 // pixels 8-15 on entry, the converted pixels on exit (luma clamped, chroma
@@ -105,31 +99,31 @@ inline __m128i LowerNegative(__m128i v) {
 // is converted with a = b = that pair: the group arithmetic then rounds
 // every value by its own sign, and the crossed luma rule gives the pair its
 // own fully rounded correction.
-template <LumaRule kLuma>
-inline void ChangeMatrix(const MatrixChangeVectors& m, Lanes& a, Lanes& b) {
-    using namespace detail;
-    const __m128i offset = _mm_set1_epi16(128);
-    const __m128i cbcr_a = _mm_sub_epi16(a.chroma, offset);
-    const __m128i cbcr_b = _mm_sub_epi16(b.chroma, offset);
-    const __m128i luma_a = Clamp(a.luma, m), luma_b = Clamp(b.luma, m);
+template <class S, LumaRule kLuma>
+inline void ChangeMatrix(const MatrixChangeVectors& m, Words422<S>& a, Words422<S>& b) {
+    using M = MatrixArithmetic<S>;
+    const auto offset = S::Set16(128);
+    const auto cbcr_a = S::Sub16(a.chroma, offset);
+    const auto cbcr_b = S::Sub16(b.chroma, offset);
+    const auto luma_a = M::Clamp(a.luma, m), luma_b = M::Clamp(b.luma, m);
 
-    const __m128i dy_a = PerPixelCorrection(cbcr_a, m), dy_b = PerPixelCorrection(cbcr_b, m);
-    const __m128i c_a = NewChroma(cbcr_a, m), c_b = NewChroma(cbcr_b, m);
+    const auto dy_a = M::PerPixelCorrection(cbcr_a, m), dy_b = M::PerPixelCorrection(cbcr_b, m);
+    const auto c_a = M::NewChroma(cbcr_a, m), c_b = M::NewChroma(cbcr_b, m);
 
-    const __m128i dy_a1 = AddHalfBy(dy_a, dy_a), dy_b1 = AddHalfBy(dy_b, dy_a);
-    const __m128i c_a1 = AddHalfBy(c_a, c_a), c_b1 = AddHalfBy(c_b, c_a);
-    const __m128i dy_b2 = LowerNegative(dy_b1);
+    const auto dy_a1 = M::AddHalfBy(dy_a, dy_a), dy_b1 = M::AddHalfBy(dy_b, dy_a);
+    const auto c_a1 = M::AddHalfBy(c_a, c_a), c_b1 = M::AddHalfBy(c_b, c_a);
+    const auto dy_b2 = M::LowerNegative(dy_b1);
 
     if constexpr (kLuma == LumaRule::kOwnPair) {
-        const __m128i dy_a2 = LowerNegative(dy_a1);
-        a.luma = Clamp(_mm_add_epi16(luma_a, _mm_srai_epi16(dy_a2, 8)), m);
-        b.luma = Clamp(_mm_add_epi16(luma_b, _mm_srai_epi16(dy_b2, 8)), m);
+        const auto dy_a2 = M::LowerNegative(dy_a1);
+        a.luma = M::Clamp(S::Add16(luma_a, S::template Sar16<8>(dy_a2)), m);
+        b.luma = M::Clamp(S::Add16(luma_b, S::template Sar16<8>(dy_b2)), m);
     } else {
-        a.luma = Clamp(_mm_add_epi16(luma_a, _mm_srai_epi16(dy_b2, 8)), m);
-        b.luma = Clamp(_mm_add_epi16(luma_b, _mm_srai_epi16(dy_b1, 8)), m);
+        a.luma = M::Clamp(S::Add16(luma_a, S::template Sar16<8>(dy_b2)), m);
+        b.luma = M::Clamp(S::Add16(luma_b, S::template Sar16<8>(dy_b1)), m);
     }
-    a.chroma = _mm_add_epi16(_mm_srai_epi16(LowerNegative(c_a1), 8), offset);
-    b.chroma = _mm_add_epi16(_mm_srai_epi16(LowerNegative(c_b1), 8), offset);
+    a.chroma = S::Add16(S::template Sar16<8>(M::LowerNegative(c_a1)), offset);
+    b.chroma = S::Add16(S::template Sar16<8>(M::LowerNegative(c_b1)), offset);
 }
 
 }  // namespace zenk::yuv_to_yuv

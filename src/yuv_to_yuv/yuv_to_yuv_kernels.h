@@ -2,12 +2,12 @@
 // and the alignment tests that choose among them.
 //
 //   matrix_change.*    BT.601 <-> BT.709 coefficients and per-pixel arithmetic.
-//   packed_repack.cpp  packed 4:2:2 copies, byte reorders and matrix changes
-//                      (16-pixel groups, 32 bytes in and out).
-//   planar_split.cpp   UYVY16I split into Y8PUV8I, and widened to V8U8Y8A8I.
+//   formats.h          packed 4:2:2 copies, byte reorders and matrix changes
+//                      (16-pixel groups, 32 bytes in and out); UYVY16I split
+//                      into Y8PUV8I, and widened to V8U8Y8A8I.
 #pragma once
 
-#include "frame/kernel.h"
+#include "kernel/kernel.h"
 
 namespace zenk::yuv_to_yuv {
 

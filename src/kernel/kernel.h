@@ -1,19 +1,26 @@
 // Kernel plumbing shared by every conversion family: the kernel signature,
-// the four variants, the store and load policies that distinguish them, and
-// the alignment tests with which the exports choose among them.
+// the four variants, the store policies that distinguish them, and the
+// alignment tests with which the exports choose among them.
 #pragma once
-
-#include <emmintrin.h>
 
 #include <cstdint>
 #include <cstring>
 
+#include "vector_sse2.h"
 #include "zenk_transcoder.h"
 
 namespace zenk {
 
 using Request = ZenkConversionRequest;
 using Kernel = void (*)(const Request*);
+
+// A kernel's entry function: the walk, the format's per-unit and per-block
+// calls and the arithmetic all inlined into one body. Only then do the
+// running pointers and the call's constants live in registers for the whole
+// picture; a call left out of line makes the line's state escape to memory,
+// and every store of a block (a byte store may alias anything) then forces
+// the pointers to be written back and read again.
+#define ZENK_KERNEL_ENTRY [[gnu::flatten]]
 
 // Variants: 0 aligned + ordinary stores, 1 aligned + non-temporal stores,
 // 2 any alignment + ordinary stores, 3 any alignment + non-temporal stores.
@@ -42,17 +49,34 @@ struct Access {
     static constexpr bool kStreaming = kNonTemporal;
 
     // A 16-byte store to a 16-byte aligned destination.
-    static inline void Store(void* p, __m128i v) {
+    static inline void Store(void* p, Sse2::V v) {
         if constexpr (kNonTemporal)
-            _mm_stream_si128(static_cast<__m128i*>(p), v);
+            Sse2::Stream(p, v);
         else
-            _mm_store_si128(static_cast<__m128i*>(p), v);
+            Sse2::Store(p, v);
     }
 
-    // Non-temporal stores are weakly ordered; the fence makes the picture
-    // visible to any thread the host signals after the call returns.
+    // After the last store: the fence that publishes non-temporal stores.
     static inline void Finish() {
-        if constexpr (kNonTemporal) _mm_sfence();
+        if constexpr (kNonTemporal) StoreFence();
+    }
+};
+
+// Blocks of a line that starts off a 16-byte boundary: the same bytes
+// through unaligned ordinary stores, instead of a fault.
+struct UnalignedStore {
+    static constexpr bool kStreaming = false;
+    static inline void Store(void* p, Sse2::V v) { Sse2::StoreU(p, v); }
+};
+
+// A plane whose alignment no export tests: each 16-byte store is aligned
+// where the address allows, unaligned elsewhere.
+struct CheckedStore {
+    static inline void Store(void* p, Sse2::V v) {
+        if ((reinterpret_cast<uintptr_t>(p) & 15u) == 0)
+            Sse2::Store(p, v);
+        else
+            Sse2::StoreU(p, v);
     }
 };
 
@@ -72,14 +96,15 @@ using AnyStreaming = Access<false, true>;
         }                                                                                 \
     }
 
-// Unaligned loads cost nothing extra on aligned data and keep a kernel safe
-// where its export tests only the destination.
-inline __m128i LoadU(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
-inline __m128i Load64(const void* p) { return _mm_loadl_epi64(static_cast<const __m128i*>(p)); }
-inline void Store64(void* p, __m128i v) { _mm_storel_epi64(static_cast<__m128i*>(p), v); }
-inline void StoreU(void* p, __m128i v) { _mm_storeu_si128(static_cast<__m128i*>(p), v); }
-
-inline void Prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
+// One pair-mode kernel serves all four variants of its column: the request
+// chooses between its cached and its streaming instantiation.
+template <Kernel kCached, Kernel kStreaming>
+void StoresAsRequested(const Request* r) {
+    if (r->use_streaming_stores)
+        kStreaming(r);
+    else
+        kCached(r);
+}
 
 inline uint32_t AddressResidue16(const void* p) {
     return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(p) & 15u);
@@ -139,10 +164,9 @@ constexpr AlignmentTest BothSidesTest(SideTest source, SideTest destination) {
     return {true, source, true, destination};
 }
 
-// Four-kernel exports: test, pick the variant, run it once.
-inline void RunFourKernel(const AlignmentTest& test, const KernelQuad& kernels, const Request* r) {
-    kernels.variant[VariantFor(Passes(test, *r), *r)](r);
-}
+// The fixed masks of the five table exports, whichever side is the 16-bit or
+// the 32-bit one.
+inline constexpr AlignmentTest kTableExportTest = BothSidesTest({32, 4, false}, {16, 8, false});
 
 }  // namespace zenk
 
@@ -174,7 +198,7 @@ inline void StreamBytes(uint8_t* dst, const uint8_t* src, int32_t count) {
     for (; i + 4 <= count; i += 4) {
         int32_t four;
         std::memcpy(&four, src + i, 4);
-        _mm_stream_si32(reinterpret_cast<int*>(dst + i), four);
+        Stream32(dst + i, four);
     }
     for (; i < count; ++i) dst[i] = src[i];
 }

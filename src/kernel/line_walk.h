@@ -1,0 +1,149 @@
+// The one line walk of every kernel. A line is cut into a head of single
+// units (pixel pairs, pixels or bytes) up to the destination's first 16-byte
+// boundary, a body of blocks, and a tail of the units left; an aligned kernel
+// converts whole blocks only. Which pixels go through the head, the body and
+// the tail is visible to hosts (the single-unit and block arithmetic of some
+// formats differ), so every format states its rule as policy values:
+//
+//   kUnitPixels      pixels a single unit converts: 2 (a pair) or 1
+//   kBlockUnits      units a block converts
+//   kSinglesBelow    a line narrower than this many pixels goes unit by unit
+//   kMisaligned      what an aligned kernel does with a line whose destination
+//                    is off a 16-byte boundary (its export may not test the
+//                    pitch, or the host may set a skip that moves a line)
+//   kStreamEnds      whether a streaming kernel streams its head and tail too
+//   kPrefetchEvery   blocks between two PrefetchAhead calls (0: none)
+//
+// and implements, on the running pointers of its line:
+//
+//   uint8_t* dst                 the destination the head rule measures
+//   int32_t HeadUnits() const    units up to the first 16-byte boundary
+//   template <class Store> void Block()   one block; Store::Store(p, v) writes
+//                                         each 16-byte vector
+//   void Single()                one unit
+//   const void* Ahead() const    the source address to prefetch from
+#pragma once
+
+#include "kernel.h"
+#include "line_addressing.h"
+
+namespace zenk {
+
+enum class MisalignedLine {
+    kBlocksUnaligned,  // whole blocks as ever, written with unaligned stores
+    kAsAnyAlignment,   // the line of whole blocks walked head, body and tail
+};
+
+// Units up to the first 16-byte boundary of `p`, for units that write
+// `unit_bytes` each (a divisor of 16); none where `p` is on one.
+inline int32_t UnitsToBoundary(const void* p, uint32_t unit_bytes) {
+    const uint32_t residue = AddressResidue16(p);
+    return residue ? static_cast<int32_t>((16 - residue) / unit_bytes) : 0;
+}
+
+namespace line_walk {
+
+// Head or tail units. A streaming kernel whose format streams its ends
+// converts them into a buffer on the stack and streams that out
+// (StreamBytes); a head or tail is under 64 bytes.
+template <class F, class A>
+ZENK_ARITHMETIC void Singles(F& f, int32_t count) {
+    if constexpr (A::kStreaming && F::kStreamEnds) {
+        if (count <= 0) return;
+        alignas(16) uint8_t staged[64];
+        uint8_t* const dst = f.dst;
+        f.dst = staged;
+        for (int32_t i = 0; i < count; ++i) f.Single();
+        const int32_t bytes = static_cast<int32_t>(f.dst - staged);
+        StreamBytes(dst, staged, bytes);
+        f.dst = dst + bytes;
+    } else {
+        for (int32_t i = 0; i < count; ++i) f.Single();
+    }
+}
+
+// Blocks go in groups of kPrefetchEvery (one block where nothing is
+// prefetched), the prefetch before each group's first block. The count runs
+// down: the loop's test is the decrement's own flag, one instruction less
+// per block than an index counted up and compared.
+template <class F, class A, class Store>
+ZENK_ARITHMETIC void Blocks(F& f, int32_t count) {
+    constexpr int32_t kGroup = F::kPrefetchEvery > 1 ? F::kPrefetchEvery : 1;
+    for (int32_t left = count; left > 0;) {
+        if constexpr (F::kPrefetchEvery > 0) PrefetchAhead<A>(f.Ahead(), f.dst);
+        for (int32_t i = 0; i < kGroup && left > 0; ++i, --left) f.template Block<Store>();
+    }
+}
+
+}  // namespace line_walk
+
+// One line of `width` pixels. A last pixel that does not fill a unit is
+// neither converted nor consumed.
+template <class F, class A>
+inline void WalkLine(F& f, int32_t width) {
+    constexpr int32_t kBlockPixels = F::kUnitPixels * F::kBlockUnits;
+    int32_t head = 0, body, tail = 0;
+    if (A::kAligned && (F::kMisaligned == MisalignedLine::kBlocksUnaligned || Aligned16(f.dst))) {
+        body = width / kBlockPixels;
+    } else {
+        if constexpr (A::kAligned) width = width / kBlockPixels * kBlockPixels;
+        const int32_t units = width / F::kUnitPixels;
+        head = width < F::kSinglesBelow ? units : f.HeadUnits();
+        body = (units - head) / F::kBlockUnits;
+        tail = units - head - body * F::kBlockUnits;
+    }
+    line_walk::Singles<F, A>(f, head);
+    // The head brings every supported line start to a boundary; a start it
+    // cannot gets the same bytes through unaligned stores instead of a fault.
+    if (Aligned16(f.dst))
+        line_walk::Blocks<F, A, A>(f, body);
+    else
+        line_walk::Blocks<F, A, UnalignedStore>(f, body);
+    line_walk::Singles<F, A>(f, tail);
+}
+
+// A picture of 1:1 lines: one running pointer per plane, moved on by the
+// request's skips (F::NextLine).
+template <class F, class A>
+inline void WalkFrame(F& f, const Request& r) {
+    Prefetch(r.src_plane);
+    for (int32_t line = 0; line < r.src_height; ++line) {
+        WalkLine<F, A>(f, r.width);
+        f.NextLine(r);
+    }
+    A::Finish();
+}
+
+// A pair-mode picture: line starts from the line addressing (WalkLinePairs);
+// `start(src_line, dst)` gives the line's format state, and the destination
+// runs on from where the line's last unit left it.
+template <class F, class A, class Start>
+inline void WalkPairModeFrame(const Request& r, Start&& start) {
+    Prefetch(r.src_plane);
+    WalkLinePairs(PairModeLines(&r), [&](const uint8_t* src_line, uint8_t*& dst) {
+        F f = start(src_line, dst);
+        WalkLine<F, A>(f, r.width);
+        dst = f.dst;
+    });
+    A::Finish();
+}
+
+}  // namespace zenk
+
+namespace zenk {
+
+// The kernel of a 1:1 format F: its state built from the request, then the
+// picture walked with access policy A.
+// The picture is walked with a copy of the state the format's constructor
+// built: that constructor may hand its object's address to setup code out
+// of line (a coefficient block filled through pointers), and a state whose
+// address has left the kernel stays in memory, its running pointers stored
+// and reloaded around every block. The copy's address never leaves.
+template <class F, class A>
+ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
+    const F built(*r);
+    F f(built);
+    WalkFrame<F, A>(f, *r);
+}
+
+}  // namespace zenk

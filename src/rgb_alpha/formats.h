@@ -1,0 +1,267 @@
+// The formats of the RGB repacking and alpha plane kernels, on the vector
+// layer S. Pixel formats convert blocks of 16 pixels and single pixels;
+// the alpha plane formats blocks of 32 bytes and single bytes. FrameKernel
+// walks them all.
+#pragma once
+
+#include "kernel/line_walk.h"
+#include "kernel/pixel_packing.h"
+#include "rgb_alpha_kernels.h"
+
+namespace zenk::rgb_alpha {
+
+// Every format of the family: the running pointers of one picture walk and
+// the constant alpha, which sits in the fourth byte of a pixel.
+template <class S>
+struct Pixels {
+    using V = typename S::V;
+    static constexpr MisalignedLine kMisaligned = MisalignedLine::kAsAnyAlignment;
+    static constexpr bool kStreamEnds = true;
+    static constexpr int32_t kSinglesBelow = 16;
+
+    explicit Pixels(const Request& r)
+        : src(r.src_plane), src_alpha(r.src_alpha_plane), dst(r.dst_plane), dst_alpha(r.dst_alpha_plane),
+          alpha_byte(static_cast<uint8_t>(r.alpha_value)) {}
+    const void* Ahead() const { return src; }
+    void NextLine(const Request& r) {
+        src = Advance(src, r.src_skip);
+        src_alpha = Advance(src_alpha, r.src_alpha_skip);
+        dst = Advance(dst, r.dst_skip);
+        dst_alpha = Advance(dst_alpha, r.dst_alpha_skip);
+    }
+
+    // Sixteen pixels, four a vector (B, G, R, A in each 32-bit lane).
+    static void LoadBgr32(const uint8_t* p, V px[4]) {
+        for (int i = 0; i < 4; ++i) px[i] = S::LoadU(p + 16 * i);
+    }
+    static void LoadBgr24(const uint8_t* p, V px[4]) {
+        UnpackBgr24<S>(S::LoadU(p), S::LoadU(p + 16), S::LoadU(p + 32), px);
+    }
+    template <class Store>
+    static void StoreVectors(uint8_t* p, const V* v, int count) {
+        for (int i = 0; i < count; ++i) Store::Store(p + 16 * i, v[i]);
+    }
+    template <class Store>
+    static void StoreBgr24(uint8_t* p, const V px[4]) {
+        V out[3];
+        PackBgr24<S>(px, out);
+        StoreVectors<Store>(p, out, 3);
+    }
+    // The fourth byte of each of 16 pixels, in pixel order.
+    static V AlphaBytes(const V px[4]) {
+        return S::PackS16ToU8(AlphaWords<S>(px[0], px[1]), AlphaWords<S>(px[2], px[3]));
+    }
+    static uint32_t ReadBgr(const uint8_t* p) {
+        return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 | static_cast<uint32_t>(p[2]) << 16;
+    }
+    static void WriteBgr(uint8_t* d, const uint8_t* bgr) {
+        d[0] = bgr[0];
+        d[1] = bgr[1];
+        d[2] = bgr[2];
+    }
+    static void WritePixel32(uint8_t* d, uint32_t bgra) { std::memcpy(d, &bgra, 4); }
+
+    const uint8_t* src;
+    const uint8_t* src_alpha;
+    uint8_t* dst;
+    uint8_t* dst_alpha;
+    uint8_t alpha_byte;
+};
+
+// Destination pixel sizes: the head rule and the block's units.
+template <class S>
+struct ToBgr32 : Pixels<S> {
+    using Pixels<S>::Pixels;
+    static constexpr int32_t kUnitPixels = 1, kBlockUnits = 16, kPrefetchEvery = 1;
+    int32_t HeadUnits() const { return UnitsToBoundary(this->dst, 4); }
+};
+template <class S>
+struct ToBgr24 : Pixels<S> {
+    using Pixels<S>::Pixels;
+    static constexpr int32_t kUnitPixels = 1, kBlockUnits = 16, kPrefetchEvery = 1;
+    // A 3-byte pixel does not divide 16, so the head comes from a table.
+    int32_t HeadUnits() const { return kBgr24HeadPixels[AddressResidue16(this->dst)]; }
+};
+
+template <class S>
+struct CopyBgr32 : ToBgr32<S> {
+    using ToBgr32<S>::ToBgr32;
+    template <class Store>
+    void Block() {
+        typename S::V px[4];
+        this->LoadBgr32(this->src, px);
+        this->template StoreVectors<Store>(this->dst, px, 4);
+        this->src += 64;
+        this->dst += 64;
+    }
+    void Single() {
+        std::memcpy(this->dst, this->src, 4);
+        this->src += 4;
+        this->dst += 4;
+    }
+};
+
+template <class S>
+struct Bgr32ToBgr24 : ToBgr24<S> {
+    using ToBgr24<S>::ToBgr24;
+    template <class Store>
+    void Block() {
+        typename S::V px[4];
+        this->LoadBgr32(this->src, px);
+        this->template StoreBgr24<Store>(this->dst, px);
+        this->src += 64;
+        this->dst += 48;
+    }
+    void Single() {
+        this->WriteBgr(this->dst, this->src);
+        this->src += 4;
+        this->dst += 3;
+    }
+};
+
+template <class S>
+struct Bgr24ToBgr32 : ToBgr32<S> {
+    using ToBgr32<S>::ToBgr32;
+    template <class Store>
+    void Block() {
+        typename S::V px[4];
+        this->LoadBgr24(this->src, px);
+        const auto alpha_lanes = S::Set32(static_cast<uint32_t>(this->alpha_byte) << 24);
+        for (auto& v : px) v = S::Or(v, alpha_lanes);
+        this->template StoreVectors<Store>(this->dst, px, 4);
+        this->src += 48;
+        this->dst += 64;
+    }
+    void Single() {
+        this->WritePixel32(this->dst, this->ReadBgr(this->src) | static_cast<uint32_t>(this->alpha_byte) << 24);
+        this->src += 3;
+        this->dst += 4;
+    }
+};
+
+template <class S>
+struct CopyBgr24 : ToBgr24<S> {
+    using ToBgr24<S>::ToBgr24;
+    template <class Store>
+    void Block() {
+        const typename S::V v[3] = {S::LoadU(this->src), S::LoadU(this->src + 16), S::LoadU(this->src + 32)};
+        this->template StoreVectors<Store>(this->dst, v, 3);
+        this->src += 48;
+        this->dst += 48;
+    }
+    void Single() {
+        this->WriteBgr(this->dst, this->src);
+        this->src += 3;
+        this->dst += 3;
+    }
+};
+
+// The alpha plane's alignment is never tested, so its 16-byte stores are
+// ordinary unaligned stores in every variant.
+template <class S>
+struct SplitBgr32 : ToBgr24<S> {
+    using ToBgr24<S>::ToBgr24;
+    template <class Store>
+    void Block() {
+        typename S::V px[4];
+        this->LoadBgr32(this->src, px);
+        this->template StoreBgr24<Store>(this->dst, px);
+        S::StoreU(this->dst_alpha, this->AlphaBytes(px));
+        this->src += 64;
+        this->dst += 48;
+        this->dst_alpha += 16;
+    }
+    void Single() {
+        this->WriteBgr(this->dst, this->src);
+        *this->dst_alpha++ = this->src[3];
+        this->src += 4;
+        this->dst += 3;
+    }
+};
+
+template <class S>
+struct ExtractAlpha : Pixels<S> {
+    using Pixels<S>::Pixels;
+    static constexpr int32_t kUnitPixels = 1, kBlockUnits = 16, kPrefetchEvery = 1;
+    int32_t HeadUnits() const { return UnitsToBoundary(this->dst, 1); }
+    template <class Store>
+    void Block() {
+        typename S::V px[4];
+        this->LoadBgr32(this->src, px);
+        Store::Store(this->dst, this->AlphaBytes(px));
+        this->src += 64;
+        this->dst += 16;
+    }
+    void Single() {
+        *this->dst++ = this->src[3];
+        this->src += 4;
+    }
+};
+
+template <class S>
+struct MergeAlpha : ToBgr32<S> {
+    using ToBgr32<S>::ToBgr32;
+    template <class Store>
+    void Block() {
+        typename S::V px[4];
+        this->LoadBgr24(this->src, px);
+        // 16 alpha bytes moved into the fourth byte of the 16 pixel lanes.
+        const auto zero = S::Zero(), alpha = S::LoadU(this->src_alpha);
+        const auto low = S::Lo8(zero, alpha), high = S::Hi8(zero, alpha);
+        px[0] = S::Or(px[0], S::Lo16(zero, low));
+        px[1] = S::Or(px[1], S::Hi16(zero, low));
+        px[2] = S::Or(px[2], S::Lo16(zero, high));
+        px[3] = S::Or(px[3], S::Hi16(zero, high));
+        this->template StoreVectors<Store>(this->dst, px, 4);
+        this->src += 48;
+        this->src_alpha += 16;
+        this->dst += 64;
+    }
+    void Single() {
+        this->WritePixel32(this->dst, this->ReadBgr(this->src) | static_cast<uint32_t>(*this->src_alpha++) << 24);
+        this->src += 3;
+        this->dst += 4;
+    }
+};
+
+// Alpha planes: blocks of 32 bytes (two 16-byte stores), single bytes
+// before the destination's 16-byte boundary and after the last block. A
+// block asks for its lines ahead once per 64-byte cache line.
+template <class S>
+struct AlphaPlane : Pixels<S> {
+    using Pixels<S>::Pixels;
+    static constexpr int32_t kUnitPixels = 1, kBlockUnits = 32, kPrefetchEvery = 2;
+    int32_t HeadUnits() const { return UnitsToBoundary(this->dst, 1); }
+};
+
+template <class S>
+struct CopyAlphaPlane : AlphaPlane<S> {
+    using AlphaPlane<S>::AlphaPlane;
+    template <class Store>
+    void Block() {
+        Store::Store(this->dst, S::LoadU(this->src));
+        Store::Store(this->dst + 16, S::LoadU(this->src + 16));
+        this->src += 32;
+        this->dst += 32;
+    }
+    void Single() { *this->dst++ = *this->src++; }
+};
+
+// The fill value is the low byte of alpha_value: 0x1FF fills 0xFF and 0x100
+// fills 0x00 (truncated, not saturated as the YUV decoders' alpha is).
+// Nothing is read; the prefetch of the value's own address is harmless.
+template <class S>
+struct FillAlphaPlane : AlphaPlane<S> {
+    using AlphaPlane<S>::AlphaPlane;
+    const void* Ahead() const { return &this->alpha_byte; }
+    template <class Store>
+    void Block() {
+        const auto v = S::Set8(this->alpha_byte);
+        Store::Store(this->dst, v);
+        Store::Store(this->dst + 16, v);
+        this->dst += 32;
+    }
+    void Single() { *this->dst++ = this->alpha_byte; }
+};
+
+}  // namespace zenk::rgb_alpha

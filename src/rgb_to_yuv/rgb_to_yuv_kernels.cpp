@@ -1,0 +1,108 @@
+// The encoding kernels: 1:1 frames for every source, layout and variant, and
+// the pair modes of the BGR32 table exports (vertical_mode 1 and 2 reduce the
+// picture by 2 and by 4 in both directions, vertical_mode 3 doubles it). All
+// walk their lines with WalkLine; a pair mode walks its lines as the
+// unaligned frame kernels do.
+#include "rgb_to_yuv_kernels.h"
+
+#include "encode.h"
+
+namespace zenk::rgb_to_yuv {
+
+template <class Source, class Layout, bool kAlpha, class A>
+ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
+    const Encoder k(*r);
+    const Layout layout(k);
+    LineWriter<Source, Layout, false, kAlpha> line(k, layout, r->src_plane, layout.At(r->dst_plane, *r),
+                                                   r->dst_alpha_plane);
+    WalkFrame<decltype(line), A>(line, *r);
+}
+
+template <class Source, class Layout, class A>
+void Colour(const Request* r) {
+    FrameKernel<Source, Layout, false, A>(r);
+}
+template <class Source, class Layout, class A>
+void ColourAndAlpha(const Request* r) {
+    FrameKernel<Source, Layout, true, A>(r);
+}
+
+// Reduction: destination line n from source stream A (n even) or B (n odd);
+// `width` is the destination's pixels per line.
+template <class Source, class Layout, class A>
+ZENK_KERNEL_ENTRY void ReduceKernel(const Request* r) {
+    const Encoder k(*r);
+    const Layout layout(k);
+    using Line = LineWriter<Source, Layout, false, false>;
+    // A Y8PUV8I chroma line keeps its distance from its luma line.
+    WalkPairModeFrame<Line, A>(*r, [&](const uint8_t* src_line, uint8_t* dst) {
+        return Line(k, layout, src_line, layout.At(dst, *r), nullptr);
+    });
+}
+
+// Doubling: `width` is the source's pixels per line; each source line is
+// written to two consecutive destination lines.
+//
+// The line addressing gives the source lines (stream A, line_count lines,
+// each advanced by src_advance) but no destination lines for this mode.
+// The destination is taken as the host describes any picture: from
+// dst_plane, one line every dst_stride bytes (a negative pitch walks it
+// bottom-up), so source line n fills destination lines 2n and 2n + 1. A
+// Y8PUV8I destination's chroma lines follow its luma lines in the same way,
+// from dst_plane + dst_stride * dst_height.
+template <class Layout, class A>
+ZENK_KERNEL_ENTRY void DoubleKernel(const Request* r) {
+    const Encoder k(*r);
+    const Layout layout(k);
+    Prefetch(r->src_plane);
+    const LineAddressSet set = PairModeLines(r);
+    const uint8_t* src_line = set.src_line_a;
+    uint8_t* dst_line = r->dst_plane;
+    for (int32_t n = 0; n < set.line_count; ++n) {
+        for (int copy = 0; copy < 2; ++copy) {
+            LineWriter<Bgr32Pixels, Layout, true, false> line(k, layout, src_line, layout.At(dst_line, *r), nullptr);
+            WalkLine<decltype(line), A>(line, r->width);
+            dst_line = Advance(dst_line, r->dst_stride);
+        }
+        src_line = Advance(src_line, set.src_advance);
+    }
+    A::Finish();
+}
+
+template <class Source, class Layout>
+constexpr Kernel kReduce = &StoresAsRequested<&ReduceKernel<Source, Layout, AnyCached>,
+                                              &ReduceKernel<Source, Layout, AnyStreaming>>;
+template <class Layout>
+constexpr PairModeKernels kPairModes{
+    kReduce<Bgr32EverySecond, Layout>, kReduce<Bgr32EveryFourth, Layout>,
+    &StoresAsRequested<&DoubleKernel<Layout, AnyCached>, &DoubleKernel<Layout, AnyStreaming>>};
+
+using Uyvy = PackedLayout<UyvyOrder>;
+using Yuyv = PackedLayout<YuyvOrder>;
+using Uvyy = PackedLayout<UvyyOrder>;
+
+const KernelQuad kBgr32ToUyvy = ZENK_KERNEL_QUAD(Colour, Bgr32Pixels, Uyvy);
+const KernelQuad kBgr32ToYuyv = ZENK_KERNEL_QUAD(Colour, Bgr32Pixels, Yuyv);
+const KernelQuad kBgr32ToUvyy = ZENK_KERNEL_QUAD(Colour, Bgr32Pixels, Uvyy);
+// The planar lines are written with 8-byte stores in every variant, so the
+// streaming variants store exactly as the cached ones.
+const KernelQuad kBgr32ToY8Uv = ZENK_KERNEL_QUAD(Colour, Bgr32Pixels, PlanarLayout);
+
+const KernelQuad kBgr32ToUyvyAlpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Uyvy);
+const KernelQuad kBgr32ToYuyvAlpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Yuyv);
+const KernelQuad kBgr32ToUvyyAlpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Uvyy);
+const KernelQuad kBgr32ToY8UvAlpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, PlanarLayout);
+
+const KernelQuad kBgr24ToUyvy = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Uyvy);
+const KernelQuad kBgr24ToYuyv = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Yuyv);
+// Every variant, the aligned streaming one included, gives the full UVYY
+// conversion (luma, chroma and clamps): a host that turns on streaming
+// stores for an aligned picture gets the same picture as without.
+const KernelQuad kBgr24ToUvyy = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Uvyy);
+const KernelQuad kBgr24ToY8Uv = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, PlanarLayout);
+
+const PairModeKernels kBgr32ToUyvyPairModes = kPairModes<Uyvy>;
+const PairModeKernels kBgr32ToUvyyPairModes = kPairModes<Uvyy>;
+const PairModeKernels kBgr32ToY8UvPairModes = kPairModes<PlanarLayout>;
+
+}  // namespace zenk::rgb_to_yuv
