@@ -3,7 +3,7 @@
 // the alignment tests with which the exports choose among them.
 #pragma once
 
-#include <emmintrin.h>
+#include "frame/vector.h"
 
 #include <cstdint>
 #include <cstring>

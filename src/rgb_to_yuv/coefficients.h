@@ -2,7 +2,7 @@
 // with which the encoding kernels turn 8-bit B, G, R into Y, Cb and Cr.
 #pragma once
 
-#include <emmintrin.h>
+#include "frame/vector.h"
 
 #include <cstdint>
 

@@ -3,7 +3,7 @@
 // and pointers to its own 16-byte vectors, which the setup routine fills.
 #pragma once
 
-#include <emmintrin.h>
+#include "frame/vector.h"
 
 #include <cstdint>
 
