@@ -16,7 +16,8 @@ sysroot=${ZENK_ARM64_SYSROOT:-/usr/aarch64-linux-gnu}
 # The C library from the same root as the loader (see the toolchain file).
 read -r -a arm_run <<<"${ZENK_ARM64_RUN-qemu-aarch64 -L $sysroot -E LD_LIBRARY_PATH=$sysroot/lib}"
 x64_tool=("$x64_build/tools/zenk-convert")
-arm_tool=("${arm_run[@]}" "$arm_build/tools/zenk-convert")
+# A run that hangs under the emulator fails the check instead of stalling CI.
+arm_tool=(timeout 120 "${arm_run[@]}" "$arm_build/tools/zenk-convert")
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
