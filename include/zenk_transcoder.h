@@ -12,6 +12,12 @@
  * apart from a cached pointer to the host settings object. Any number of
  * threads may convert different pictures at once.
  *
+ * Other architectures (64-bit Arm Linux): the same exports, under the same
+ * names, write the same bytes as on x86; the SSE2 kernels are compiled
+ * through SIMDe. There, use_streaming_stores selects ordinary stores, still
+ * followed by a memory fence at the end of the call, and prefetches are
+ * __builtin_prefetch hints.
+ *
  * Module start-up. The library imports ZenkGetHostSettings (export 1 of the
  * ZenkHostSettings library, see zenk_host_settings.h) and asks it for the
  * host settings object when it is loaded.

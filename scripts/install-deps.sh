@@ -2,7 +2,7 @@
 # Installs the Debian packages the build needs, and only those missing:
 # nothing happens (and no root is needed) when they are all there.
 #   scripts/install-deps.sh          the library, tests, tools, GStreamer element and benchmarks (linux-x64)
-#   scripts/install-deps.sh --all    also the 32-bit, Windows, sanitizer and fuzzing toolchains
+#   scripts/install-deps.sh --all    also the 32-bit, Windows, 64-bit Arm, sanitizer and fuzzing toolchains
 set -euo pipefail
 
 packages=(cmake ninja-build g++ googletest pkg-config file binutils
@@ -11,8 +11,11 @@ packages=(cmake ninja-build g++ googletest pkg-config file binutils
           help2man)
 if [ "${1:-}" = "--all" ]; then
   packages+=(gcc-multilib g++-multilib mingw-w64 g++-mingw-w64-i686 binutils-mingw-w64-i686
-             clang libclang-rt-14-dev)
+             clang libclang-rt-14-dev
+             binutils-aarch64-linux-gnu libstdc++-12-dev-arm64-cross qemu-user libsimde-dev)
 fi
+# Off x86 the kernels compile through SIMDe.
+case "$(dpkg --print-architecture)" in amd64 | i386) ;; *) packages+=(libsimde-dev) ;; esac
 
 missing=()
 for p in "${packages[@]}"; do
