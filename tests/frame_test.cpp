@@ -13,6 +13,9 @@
 namespace zenk {
 namespace {
 
+// The line walk of the SSE2 kernels; every level shares its line addressing.
+using namespace sse2;
+
 alignas(16) uint8_t g_aligned[64];
 
 // ---- Plain entry points ------------------------------------------------------------------

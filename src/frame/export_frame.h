@@ -6,7 +6,7 @@
 // definition in the family's <family>_kernels.cpp names its templates.
 #pragma once
 
-#include "kernel/kernel.h"
+#include "kernel/kernel_table.h"
 
 // Defines an extended export, spelled out in full so that a search for the
 // export's name finds its line. The public header gives it C linkage,
@@ -15,29 +15,46 @@
 
 namespace zenk {
 
+// ---- Choosing a kernel ---------------------------------------------------------
+
+// A family's kernel set at the level the library runs at (kernel/cpu.cpp).
+template <class Kernels>
+inline const Kernels& AtActiveLevel(const Kernels* const (&levels)[kIsaLevelCount]) {
+    return *levels[static_cast<int>(ActiveIsaLevel())];
+}
+
+inline int VariantFor(bool aligned, const Request& r) {
+    return (aligned ? kAlignedCached : kAnyCached) + (r.use_streaming_stores ? 1 : 0);
+}
+
+// Pitches and widths are tested as unsigned numbers: a negative pitch is a
+// multiple of 48 only if its 32-bit pattern is.
+inline bool MultipleOf(int32_t value, uint32_t unit) {
+    return static_cast<uint32_t>(value) % unit == 0;
+}
+
+inline bool PassesSide(const uint8_t* plane, int32_t stride, int32_t line, const SideTest& t) {
+    return reinterpret_cast<uintptr_t>(plane) % 16 == 0 &&
+           (t.stride_unit == 0 || MultipleOf(stride, t.stride_unit)) && MultipleOf(line, t.width_unit);
+}
+
+inline bool Passes(const AlignmentTest& t, const Request& r) {
+    if (t.tests_source &&
+        !PassesSide(r.src_plane, r.src_stride, t.source.uses_src_width ? r.src_width : r.width, t.source))
+        return false;
+    if (t.tests_destination &&
+        !PassesSide(r.dst_plane, r.dst_stride, t.destination.uses_src_width ? r.src_width : r.width,
+                    t.destination))
+        return false;
+    return true;
+}
+
 // Four-kernel exports: test, pick the variant, run it once.
 inline void RunFourKernel(const AlignmentTest& test, const KernelQuad& kernels, const Request* r) {
     kernels.variant[VariantFor(Passes(test, *r), *r)](r);
 }
 
 // ---- Table exports ----------------------------------------------------------
-
-// The five exports that know line-pair modes own a table of 20 entries:
-// column (vertical_mode 0 to 4) times 4 plus variant. An empty entry is
-// null; a host that asks for it gets no conversion.
-struct KernelTable {
-    Kernel entry[20];
-};
-
-// One pair-mode kernel serves all four variants of its column.
-constexpr KernelTable MakeKernelTable(const KernelQuad& frame, Kernel column1, Kernel column2,
-                                      Kernel column3 = nullptr) {
-    return {{frame.variant[0], frame.variant[1], frame.variant[2], frame.variant[3],
-             column1, column1, column1, column1,
-             column2, column2, column2, column2,
-             column3, column3, column3, column3,
-             nullptr, nullptr, nullptr, nullptr}};
-}
 
 // Index into a KernelTable for this request.
 int SelectKernelVariant(const Request& r);

@@ -1,21 +1,27 @@
-// Exports of the RGB repacking and alpha plane family. Kernels:
-// src/rgb_alpha/rgb_alpha_kernels.cpp (quads)
+// Exports of the RGB repacking and alpha plane family. Kernels: the fields of
+// rgb_alpha::Kernels, defined in src/rgb_alpha/rgb_alpha_kernels.cpp
 #include "export_frame.h"
 #include "rgb_alpha/rgb_alpha_kernels.h"
 
 using namespace zenk;
 using namespace zenk::rgb_alpha;
 
+namespace {
+
+const Kernels& Level() { return AtActiveLevel(kKernelsAt); }
+
+}  // namespace
+
 // Four-kernel exports.
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_BGR32I_EX) { RunFourKernel(kCopyBgr32Test, kCopyBgr32, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_BGR24I_EX) { RunFourKernel(kToBgr24Test, kBgr32ToBgr24, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_BGR32I_EX) { RunFourKernel(kToBgr32Test, kBgr24ToBgr32, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_BGR24I_EX) { RunFourKernel(kToBgr24Test, kCopyBgr24, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_BGR24IA8P_EX) { RunFourKernel(kSplitTest, kSplitBgr32, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_A8P_A8P_EX) { RunFourKernel(kAlphaPlaneTest, kCopyAlphaPlane, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_A8C_A8P_EX) { RunFourKernel(kAlphaPlaneTest, kFillAlphaPlane, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_A8P_EX) { RunFourKernel(kExtractAlphaTest, kExtractAlpha, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_BGR32I_EX) { RunFourKernel(kExtractAlphaTest, kMergeAlpha, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_BGR32I_EX) { RunFourKernel(kCopyBgr32Test, Level().copy_bgr32, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_BGR24I_EX) { RunFourKernel(kToBgr24Test, Level().bgr32_to_bgr24, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_BGR32I_EX) { RunFourKernel(kToBgr32Test, Level().bgr24_to_bgr32, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_BGR24I_EX) { RunFourKernel(kToBgr24Test, Level().copy_bgr24, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_BGR24IA8P_EX) { RunFourKernel(kSplitTest, Level().split_bgr32, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_A8P_A8P_EX) { RunFourKernel(kAlphaPlaneTest, Level().copy_alpha_plane, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_A8C_A8P_EX) { RunFourKernel(kAlphaPlaneTest, Level().fill_alpha_plane, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_A8P_EX) { RunFourKernel(kExtractAlphaTest, Level().extract_alpha, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_BGR32I_EX) { RunFourKernel(kExtractAlphaTest, Level().merge_alpha, request); }
 
 // Composites.
 ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_BGR24IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_BGR24I_BGR24I_EX, request); }

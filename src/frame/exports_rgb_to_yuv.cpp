@@ -1,4 +1,5 @@
-// Exports of the RGB-to-YUV family. Kernels: src/rgb_to_yuv/rgb_to_yuv_kernels.cpp (quads)
+// Exports of the RGB-to-YUV family. Kernels: the fields of rgb_to_yuv::Kernels,
+// defined in src/rgb_to_yuv/rgb_to_yuv_kernels.cpp
 #include "export_frame.h"
 #include "rgb_to_yuv/rgb_to_yuv_kernels.h"
 
@@ -7,35 +8,27 @@ using namespace zenk::rgb_to_yuv;
 
 namespace {
 
-constexpr KernelTable Table(const KernelQuad& frame, const PairModeKernels& modes) {
-    return MakeKernelTable(frame, modes.halve, modes.quarter, modes.twice);
-}
-
-// vertical_mode 4 has no kernel in these tables: such a request converts
-// nothing.
-const KernelTable kUyvyTable = Table(kBgr32ToUyvy, kBgr32ToUyvyPairModes);
-const KernelTable kUvyyTable = Table(kBgr32ToUvyy, kBgr32ToUvyyPairModes);
-const KernelTable kY8UvTable = Table(kBgr32ToY8Uv, kBgr32ToY8UvPairModes);
+const Kernels& Level() { return AtActiveLevel(kKernelsAt); }
 
 }  // namespace
 
 // Table exports.
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_UYVY16I_EX) { RunTableExport(kUyvyTable, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_UVYY16I_EX) { RunTableExport(kUvyyTable, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_Y8PUV8I_EX) { RunTableExport(kY8UvTable, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_UYVY16I_EX) { RunTableExport(Level().bgr32_to_uyvy, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_UVYY16I_EX) { RunTableExport(Level().bgr32_to_uvyy, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_Y8PUV8I_EX) { RunTableExport(Level().bgr32_to_y8uv, request); }
 
 // Four-kernel exports.
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_YUYV16I_EX) { RunFourKernel(kBgr32Test, kBgr32ToYuyv, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_YUYV16I_EX) { RunFourKernel(kBgr24Test, kBgr24ToYuyv, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_UYVY16I_EX) { RunFourKernel(kBgr24Test, kBgr24ToUyvy, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_UVYY16I_EX) { RunFourKernel(kBgr24Test, kBgr24ToUvyy, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_Y8PUV8I_EX) { RunFourKernel(kBgr24Test, kBgr24ToY8Uv, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_YUYV16I_EX) { RunFourKernel(kBgr32Test, Level().bgr32_to_yuyv, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_YUYV16I_EX) { RunFourKernel(kBgr24Test, Level().bgr24_to_yuyv, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_UYVY16I_EX) { RunFourKernel(kBgr24Test, Level().bgr24_to_uyvy, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_UVYY16I_EX) { RunFourKernel(kBgr24Test, Level().bgr24_to_uvyy, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_Y8PUV8I_EX) { RunFourKernel(kBgr24Test, Level().bgr24_to_y8uv, request); }
 // The alpha plane's alignment is not tested: it is written with 8-byte and
 // single-byte stores.
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_YUYV16IA8P_EX) { RunFourKernel(kBgr32Test, kBgr32ToYuyvAlpha, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_UYVY16IA8P_EX) { RunFourKernel(kBgr32Test, kBgr32ToUyvyAlpha, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_UVYY16IA8P_EX) { RunFourKernel(kBgr32Test, kBgr32ToUvyyAlpha, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_Y8PUV8IA8P_EX) { RunFourKernel(kBgr32Test, kBgr32ToY8UvAlpha, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_YUYV16IA8P_EX) { RunFourKernel(kBgr32Test, Level().bgr32_to_yuyv_alpha, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_UYVY16IA8P_EX) { RunFourKernel(kBgr32Test, Level().bgr32_to_uyvy_alpha, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_UVYY16IA8P_EX) { RunFourKernel(kBgr32Test, Level().bgr32_to_uvyy_alpha, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_Y8PUV8IA8P_EX) { RunFourKernel(kBgr32Test, Level().bgr32_to_y8uv_alpha, request); }
 
 // BGR24 colour with a constant alpha plane.
 ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_YUYV16IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_BGR24I_YUYV16I_EX, request); }

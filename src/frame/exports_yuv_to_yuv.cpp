@@ -1,4 +1,5 @@
-// Exports of the YUV-to-YUV family. Kernels: src/yuv_to_yuv/yuv_to_yuv_kernels.cpp (quads)
+// Exports of the YUV-to-YUV family. Kernels: the fields of yuv_to_yuv::Kernels,
+// defined in src/yuv_to_yuv/yuv_to_yuv_kernels.cpp
 // Each export compares the two colour standards first: the same standard
 // reorders bytes, different standards change the matrix.
 #include "export_frame.h"
@@ -7,8 +8,16 @@
 using namespace zenk;
 using namespace zenk::yuv_to_yuv;
 
+namespace {
+
+const Kernels& Level() { return AtActiveLevel(kKernelsAt); }
+
+bool SameStandard(const Request& r) { return r.src_matrix == r.dst_matrix; }
+
+}  // namespace
+
 ZENK_EXPORT_EX(ZENK_SSE2_UYVY16I_UYVY16I_EX) {
-    RunFourKernel(kPackedBothSides32, SameStandard(*request) ? kCopyPacked : kMatrixUyvyToUyvy, request);
+    RunFourKernel(kPackedBothSides32, SameStandard(*request) ? Level().copy_packed : Level().matrix_uyvy_to_uyvy, request);
 }
 
 // A copy keeps every byte where it is, whatever the byte order, so the same
@@ -17,11 +26,11 @@ ZENK_EXPORT_EX(ZENK_SSE2_YUYV16I_YUYV16I_EX) {
     if (SameStandard(*request))
         ZENK_SSE2_UYVY16I_UYVY16I_EX(request);
     else
-        RunFourKernel(kPackedBothSides32, kMatrixYuyvToYuyv, request);
+        RunFourKernel(kPackedBothSides32, Level().matrix_yuyv_to_yuyv, request);
 }
 
 ZENK_EXPORT_EX(ZENK_SSE2_UYVY16I_YUYV16I_EX) {
-    RunFourKernel(kPackedBothSides32, SameStandard(*request) ? kSwapWordBytes : kMatrixUyvyToYuyv, request);
+    RunFourKernel(kPackedBothSides32, SameStandard(*request) ? Level().swap_word_bytes : Level().matrix_uyvy_to_yuyv, request);
 }
 
 // Swapping the bytes of every word works both ways; the same standard is
@@ -30,29 +39,29 @@ ZENK_EXPORT_EX(ZENK_SSE2_YUYV16I_UYVY16I_EX) {
     if (SameStandard(*request))
         ZENK_SSE2_UYVY16I_YUYV16I_EX(request);
     else
-        RunFourKernel(kPackedBothSides16, kMatrixYuyvToUyvy, request);
+        RunFourKernel(kPackedBothSides16, Level().matrix_yuyv_to_uyvy, request);
 }
 
 // A change of standard reads and writes UYVY16I byte positions here, in the
 // kernel shared with the next two exports.
 ZENK_EXPORT_EX(ZENK_SSE2_UVYY16I_UYVY16I_EX) {
-    RunFourKernel(kDestination16, SameStandard(*request) ? kExchangeMiddleBytesOrCopy : kMatrixSharedUyvyOrder,
+    RunFourKernel(kDestination16, SameStandard(*request) ? Level().exchange_middle_bytes_or_copy : Level().matrix_shared_uyvy_order,
                   request);
 }
 
 ZENK_EXPORT_EX(ZENK_SSE2_UYVY16I_UVYY16I_EX) {
-    RunFourKernel(kDestination16, SameStandard(*request) ? kExchangeMiddleBytesOrCopy : kMatrixSharedUyvyOrder,
+    RunFourKernel(kDestination16, SameStandard(*request) ? Level().exchange_middle_bytes_or_copy : Level().matrix_shared_uyvy_order,
                   request);
 }
 
 // A change of standard is not a split: it writes packed UYVY16I lines from
 // dst_plane on and leaves the chroma plane as it was.
 ZENK_EXPORT_EX(ZENK_SSE2_UYVY16I_Y8PUV8I_EX) {
-    RunFourKernel(kDestination16, SameStandard(*request) ? kSplitToPlanar : kMatrixSharedUyvyOrder, request);
+    RunFourKernel(kDestination16, SameStandard(*request) ? Level().split_to_planar : Level().matrix_shared_uyvy_order, request);
 }
 
 // The widening never changes the standard.
-ZENK_EXPORT_EX(ZENK_SSE2_UYVY16I_V8U8Y8A8I_EX) { RunFourKernel(kWidenDestination, kWidenTo444, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_UYVY16I_V8U8Y8A8I_EX) { RunFourKernel(kWidenDestination, Level().widen_to_444, request); }
 
 // Constant alpha: colour pass, then the alpha plane filled with alpha_value.
 ZENK_EXPORT_EX(ZENK_SSE2_UVYY16I_UYVY16IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_UVYY16I_UYVY16I_EX, request); }

@@ -1,18 +1,15 @@
-// Kernel plumbing shared by every conversion family: the kernel signature,
-// the four variants, the store policies that distinguish them, and the
-// alignment tests with which the exports choose among them.
+// Kernel plumbing shared by every conversion family, built at each
+// instruction-set level: the store policies that distinguish the four
+// variants, the entry of a kernel, and the memory traffic of large pictures.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
 
+#include "kernel_table.h"
 #include "vector_sse2.h"
-#include "zenk_transcoder.h"
 
-namespace zenk {
-
-using Request = ZenkConversionRequest;
-using Kernel = void (*)(const Request*);
+namespace zenk::ZENK_ISA {
 
 // A kernel's entry function: the walk, the format's per-unit and per-block
 // calls and the arithmetic all inlined into one body. Only then do the
@@ -21,24 +18,6 @@ using Kernel = void (*)(const Request*);
 // and every store of a block (a byte store may alias anything) then forces
 // the pointers to be written back and read again.
 #define ZENK_KERNEL_ENTRY [[gnu::flatten]]
-
-// Variants: 0 aligned + ordinary stores, 1 aligned + non-temporal stores,
-// 2 any alignment + ordinary stores, 3 any alignment + non-temporal stores.
-enum Variant : int {
-    kAlignedCached = 0,
-    kAlignedStreaming = 1,
-    kAnyCached = 2,
-    kAnyStreaming = 3,
-};
-
-inline int VariantFor(bool aligned, const Request& r) {
-    return (aligned ? kAlignedCached : kAnyCached) + (r.use_streaming_stores ? 1 : 0);
-}
-
-// The four kernels of one conversion, indexed by variant.
-struct KernelQuad {
-    Kernel variant[4];
-};
 
 // What distinguishes the four variants of a kernel. The arithmetic of a
 // kernel is written once against this policy; loads, stores and the line
@@ -89,10 +68,10 @@ using AnyStreaming = Access<false, true>;
 #define ZENK_KERNEL_QUAD(kernel_template, ...)                                            \
     ::zenk::KernelQuad {                                                                  \
         {                                                                                 \
-            &kernel_template<__VA_ARGS__ __VA_OPT__(, )::zenk::AlignedCached>,            \
-                &kernel_template<__VA_ARGS__ __VA_OPT__(, )::zenk::AlignedStreaming>,     \
-                &kernel_template<__VA_ARGS__ __VA_OPT__(, )::zenk::AnyCached>,            \
-                &kernel_template<__VA_ARGS__ __VA_OPT__(, )::zenk::AnyStreaming>          \
+            &kernel_template<__VA_ARGS__ __VA_OPT__(, )::zenk::ZENK_ISA::AlignedCached>,            \
+                &kernel_template<__VA_ARGS__ __VA_OPT__(, )::zenk::ZENK_ISA::AlignedStreaming>,     \
+                &kernel_template<__VA_ARGS__ __VA_OPT__(, )::zenk::ZENK_ISA::AnyCached>,            \
+                &kernel_template<__VA_ARGS__ __VA_OPT__(, )::zenk::ZENK_ISA::AnyStreaming>          \
         }                                                                                 \
     }
 
@@ -111,66 +90,12 @@ inline uint32_t AddressResidue16(const void* p) {
 }
 inline bool Aligned16(const void* p) { return AddressResidue16(p) == 0; }
 
-// Pitches and widths are tested as unsigned numbers: a negative pitch is a
-// multiple of 48 only if its 32-bit pattern is.
-inline bool MultipleOf(int32_t value, uint32_t unit) {
-    return static_cast<uint32_t>(value) % unit == 0;
-}
-
 // Byte offset by a signed 32-bit amount; the running pointers of a kernel
 // move by line skips that may be negative.
 template <class T>
 inline T* Advance(T* p, int32_t bytes) {
     return reinterpret_cast<T*>(reinterpret_cast<uintptr_t>(p) + static_cast<intptr_t>(bytes));
 }
-
-// One side of an export's alignment test: plane 16-aligned, pitch a
-// multiple of `stride_unit` (0: pitch not tested), and the line length
-// (`width`, or `src_width` where the export tests that) a multiple of
-// `width_unit`.
-struct SideTest {
-    uint32_t stride_unit;
-    uint32_t width_unit;
-    bool uses_src_width;
-};
-
-struct AlignmentTest {
-    bool tests_source;
-    SideTest source;
-    bool tests_destination;
-    SideTest destination;
-};
-
-inline bool PassesSide(const uint8_t* plane, int32_t stride, int32_t line, const SideTest& t) {
-    return Aligned16(plane) && (t.stride_unit == 0 || MultipleOf(stride, t.stride_unit)) &&
-           MultipleOf(line, t.width_unit);
-}
-
-inline bool Passes(const AlignmentTest& t, const Request& r) {
-    if (t.tests_source &&
-        !PassesSide(r.src_plane, r.src_stride, t.source.uses_src_width ? r.src_width : r.width, t.source))
-        return false;
-    if (t.tests_destination &&
-        !PassesSide(r.dst_plane, r.dst_stride, t.destination.uses_src_width ? r.src_width : r.width,
-                    t.destination))
-        return false;
-    return true;
-}
-
-constexpr AlignmentTest DestinationTest(uint32_t stride_unit, uint32_t width_unit) {
-    return {false, {0, 0, false}, true, {stride_unit, width_unit, false}};
-}
-constexpr AlignmentTest BothSidesTest(SideTest source, SideTest destination) {
-    return {true, source, true, destination};
-}
-
-// The fixed masks of the five table exports, whichever side is the 16-bit or
-// the 32-bit one.
-inline constexpr AlignmentTest kTableExportTest = BothSidesTest({32, 4, false}, {16, 8, false});
-
-}  // namespace zenk
-
-namespace zenk {
 
 // ---- Memory traffic of pictures larger than the cache -------------------------------
 
@@ -203,4 +128,4 @@ inline void StreamBytes(uint8_t* dst, const uint8_t* src, int32_t count) {
     for (; i < count; ++i) dst[i] = src[i];
 }
 
-}  // namespace zenk
+}  // namespace zenk::ZENK_ISA

@@ -27,6 +27,10 @@ struct LineAddressSet {
 
 void ComputeLineAddresses(LineAddressSet* set, const Request* r);
 
+}  // namespace zenk
+
+namespace zenk::ZENK_ISA {
+
 // The set a pair-mode kernel starts from: zeroed, then filled. A mode that
 // leaves line_count unset (scan_mode 0, or a scan_mode other than 1 and 2)
 // therefore converts no line. Like every kernel, a pair-mode kernel returns
@@ -59,4 +63,4 @@ inline void WalkLinePairs(const LineAddressSet& set, ConvertLine&& convert_line)
     }
 }
 
-}  // namespace zenk
+}  // namespace zenk::ZENK_ISA

@@ -27,7 +27,7 @@
 #include "kernel.h"
 #include "line_addressing.h"
 
-namespace zenk {
+namespace zenk::ZENK_ISA {
 
 enum class MisalignedLine {
     kBlocksUnaligned,  // whole blocks as ever, written with unaligned stores
@@ -128,9 +128,9 @@ inline void WalkPairModeFrame(const Request& r, Start&& start) {
     A::Finish();
 }
 
-}  // namespace zenk
+}  // namespace zenk::ZENK_ISA
 
-namespace zenk {
+namespace zenk::ZENK_ISA {
 
 // The kernel of a 1:1 format F: its state built from the request, then the
 // picture walked with access policy A.
@@ -146,4 +146,4 @@ ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
     WalkFrame<F, A>(f, *r);
 }
 
-}  // namespace zenk
+}  // namespace zenk::ZENK_ISA

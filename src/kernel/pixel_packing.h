@@ -7,7 +7,7 @@
 
 #include "vector_sse2.h"
 
-namespace zenk {
+namespace zenk::ZENK_ISA {
 
 // ---- BGR32 and BGR24 -------------------------------------------------------------------
 
@@ -96,4 +96,4 @@ inline typename S::V ExchangeMiddleBytes(typename S::V v) {
     return S::Or(outer, S::Or(byte1_up, byte2_down));
 }
 
-}  // namespace zenk
+}  // namespace zenk::ZENK_ISA

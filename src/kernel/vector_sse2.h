@@ -26,6 +26,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kernel_table.h"
+
 // Every operation is forced inline: a kernel is a few hundred of them, and
 // the compiler's inlining budget must go to the arithmetic built on them.
 #define ZENK_VECTOR_OP [[gnu::always_inline]] static inline
@@ -33,7 +35,7 @@
 // constants stay in registers across its line.
 #define ZENK_ARITHMETIC [[gnu::always_inline]] inline
 
-namespace zenk {
+namespace zenk::ZENK_ISA {
 
 struct Sse2 {
     using V = __m128i;
@@ -139,4 +141,4 @@ inline void Stream32(void* p, int32_t bits) { _mm_stream_si32(static_cast<int*>(
 // any thread the host signals after the call returns.
 inline void StoreFence() { _mm_sfence(); }
 
-}  // namespace zenk
+}  // namespace zenk::ZENK_ISA

@@ -8,7 +8,10 @@
 #include "kernel/pixel_packing.h"
 #include "rgb_alpha_kernels.h"
 
-namespace zenk::rgb_alpha {
+namespace zenk::ZENK_ISA::rgb_alpha {
+
+using namespace ::zenk::rgb_alpha;
+
 
 // Every format of the family: the running pointers of one picture walk and
 // the constant alpha, which sits in the fourth byte of a pixel.
@@ -264,4 +267,4 @@ struct FillAlphaPlane : AlphaPlane<S> {
     void Single() { *this->dst++ = this->alpha_byte; }
 };
 
-}  // namespace zenk::rgb_alpha
+}  // namespace zenk::ZENK_ISA::rgb_alpha

@@ -7,19 +7,23 @@
 //                constant fill (32-byte blocks).
 #pragma once
 
-#include "kernel/kernel.h"
+#include "kernel/kernel_table.h"
 
 namespace zenk::rgb_alpha {
 
-extern const KernelQuad kCopyBgr32;        // BGR32I -> BGR32I
-extern const KernelQuad kBgr32ToBgr24;     // BGR32I -> BGR24I
-extern const KernelQuad kBgr24ToBgr32;     // BGR24I -> BGR32I, alpha = low byte of alpha_value
-extern const KernelQuad kCopyBgr24;        // BGR24I -> BGR24I
-extern const KernelQuad kSplitBgr32;       // BGR32I -> BGR24I + A8P
-extern const KernelQuad kExtractAlpha;     // BGR32I -> A8P
-extern const KernelQuad kMergeAlpha;       // BGR24I + A8P -> BGR32I
-extern const KernelQuad kCopyAlphaPlane;   // A8P -> A8P
-extern const KernelQuad kFillAlphaPlane;   // A8C -> A8P
+// The kernels of every export of the family, one set per instruction-set
+// level.
+struct Kernels {
+    KernelQuad copy_bgr32;         // BGR32I -> BGR32I
+    KernelQuad bgr32_to_bgr24;     // BGR32I -> BGR24I
+    KernelQuad bgr24_to_bgr32;     // BGR24I -> BGR32I, alpha = low byte of alpha_value
+    KernelQuad copy_bgr24;         // BGR24I -> BGR24I
+    KernelQuad split_bgr32;        // BGR32I -> BGR24I + A8P
+    KernelQuad extract_alpha;      // BGR32I -> A8P
+    KernelQuad merge_alpha;        // BGR24I + A8P -> BGR32I
+    KernelQuad copy_alpha_plane;   // A8P -> A8P
+    KernelQuad fill_alpha_plane;   // A8C -> A8P
+};
 
 // Single 3-byte pixels that bring a BGR24I destination r bytes past a 16-byte
 // boundary to the next one (3 is invertible modulo 16, so every residue
@@ -36,3 +40,5 @@ inline constexpr AlignmentTest kAlphaPlaneTest = DestinationTest(32, 32);
 inline constexpr AlignmentTest kExtractAlphaTest = DestinationTest(16, 16);
 
 }  // namespace zenk::rgb_alpha
+
+ZENK_DECLARE_KERNEL_LEVELS(rgb_alpha)

@@ -14,7 +14,10 @@
 #include "kernel/line_walk.h"
 #include "kernel/pixel_packing.h"
 
-namespace zenk::rgb_to_yuv {
+namespace zenk::ZENK_ISA::rgb_to_yuv {
+
+// The coefficient block and its setup are the same at every level.
+using namespace ::zenk::rgb_to_yuv;
 
 using S = Sse2;
 using V = S::V;
@@ -391,4 +394,4 @@ struct LineWriter : Layout::Cursor {
     uint8_t* alpha;
 };
 
-}  // namespace zenk::rgb_to_yuv
+}  // namespace zenk::ZENK_ISA::rgb_to_yuv

@@ -7,7 +7,7 @@
 
 #include "encode.h"
 
-namespace zenk::rgb_to_yuv {
+namespace zenk::ZENK_ISA::rgb_to_yuv {
 
 template <class Source, class Layout, bool kAlpha, class A>
 ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
@@ -73,36 +73,37 @@ template <class Source, class Layout>
 constexpr Kernel kReduce = &StoresAsRequested<&ReduceKernel<Source, Layout, AnyCached>,
                                               &ReduceKernel<Source, Layout, AnyStreaming>>;
 template <class Layout>
-constexpr PairModeKernels kPairModes{
-    kReduce<Bgr32EverySecond, Layout>, kReduce<Bgr32EveryFourth, Layout>,
-    &StoresAsRequested<&DoubleKernel<Layout, AnyCached>, &DoubleKernel<Layout, AnyStreaming>>};
+constexpr Kernel kDouble = &StoresAsRequested<&DoubleKernel<Layout, AnyCached>, &DoubleKernel<Layout, AnyStreaming>>;
+// Frame kernels, then halve, quarter and double.
+template <class Layout>
+consteval KernelTable Table() {
+    return MakeKernelTable(ZENK_KERNEL_QUAD(Colour, Bgr32Pixels, Layout), kReduce<Bgr32EverySecond, Layout>,
+                           kReduce<Bgr32EveryFourth, Layout>, kDouble<Layout>);
+}
 
 using Uyvy = PackedLayout<UyvyOrder>;
 using Yuyv = PackedLayout<YuyvOrder>;
 using Uvyy = PackedLayout<UvyyOrder>;
 
-const KernelQuad kBgr32ToUyvy = ZENK_KERNEL_QUAD(Colour, Bgr32Pixels, Uyvy);
-const KernelQuad kBgr32ToYuyv = ZENK_KERNEL_QUAD(Colour, Bgr32Pixels, Yuyv);
-const KernelQuad kBgr32ToUvyy = ZENK_KERNEL_QUAD(Colour, Bgr32Pixels, Uvyy);
-// The planar lines are written with 8-byte stores in every variant, so the
-// streaming variants store exactly as the cached ones.
-const KernelQuad kBgr32ToY8Uv = ZENK_KERNEL_QUAD(Colour, Bgr32Pixels, PlanarLayout);
+// This level's kernels of every encoding export. The planar lines are
+// written with 8-byte stores in every variant, so the streaming variants
+// store exactly as the cached ones. Every BGR24 variant, the aligned
+// streaming one included, gives the full UVYY conversion (luma, chroma and
+// clamps): a host that turns on streaming stores for an aligned picture gets
+// the same picture as without.
+const Kernels kKernels = {
+    .bgr32_to_uyvy = Table<Uyvy>(),
+    .bgr32_to_uvyy = Table<Uvyy>(),
+    .bgr32_to_y8uv = Table<PlanarLayout>(),
+    .bgr32_to_yuyv = ZENK_KERNEL_QUAD(Colour, Bgr32Pixels, Yuyv),
+    .bgr32_to_uyvy_alpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Uyvy),
+    .bgr32_to_yuyv_alpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Yuyv),
+    .bgr32_to_uvyy_alpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Uvyy),
+    .bgr32_to_y8uv_alpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, PlanarLayout),
+    .bgr24_to_uyvy = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Uyvy),
+    .bgr24_to_yuyv = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Yuyv),
+    .bgr24_to_uvyy = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Uvyy),
+    .bgr24_to_y8uv = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, PlanarLayout),
+};
 
-const KernelQuad kBgr32ToUyvyAlpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Uyvy);
-const KernelQuad kBgr32ToYuyvAlpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Yuyv);
-const KernelQuad kBgr32ToUvyyAlpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Uvyy);
-const KernelQuad kBgr32ToY8UvAlpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, PlanarLayout);
-
-const KernelQuad kBgr24ToUyvy = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Uyvy);
-const KernelQuad kBgr24ToYuyv = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Yuyv);
-// Every variant, the aligned streaming one included, gives the full UVYY
-// conversion (luma, chroma and clamps): a host that turns on streaming
-// stores for an aligned picture gets the same picture as without.
-const KernelQuad kBgr24ToUvyy = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Uvyy);
-const KernelQuad kBgr24ToY8Uv = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, PlanarLayout);
-
-const PairModeKernels kBgr32ToUyvyPairModes = kPairModes<Uyvy>;
-const PairModeKernels kBgr32ToUvyyPairModes = kPairModes<Uvyy>;
-const PairModeKernels kBgr32ToY8UvPairModes = kPairModes<PlanarLayout>;
-
-}  // namespace zenk::rgb_to_yuv
+}  // namespace zenk::ZENK_ISA::rgb_to_yuv

@@ -7,35 +7,30 @@
 //                          2 and 4 and line doubling (BGR32 only)
 #pragma once
 
-#include "kernel/kernel.h"
+#include "kernel/kernel_table.h"
 
 namespace zenk::rgb_to_yuv {
 
-// BGR32I sources, 1:1.
-extern const KernelQuad kBgr32ToUyvy;
-extern const KernelQuad kBgr32ToYuyv;
-extern const KernelQuad kBgr32ToUvyy;
-extern const KernelQuad kBgr32ToY8Uv;
-// BGR32I sources whose fourth byte goes to an alpha plane in the same pass.
-extern const KernelQuad kBgr32ToUyvyAlpha;
-extern const KernelQuad kBgr32ToYuyvAlpha;
-extern const KernelQuad kBgr32ToUvyyAlpha;
-extern const KernelQuad kBgr32ToY8UvAlpha;
-// BGR24I sources, 1:1.
-extern const KernelQuad kBgr24ToUyvy;
-extern const KernelQuad kBgr24ToYuyv;
-extern const KernelQuad kBgr24ToUvyy;
-extern const KernelQuad kBgr24ToY8Uv;
-
-// The pair-mode kernels of the table exports, one per vertical_mode 1, 2, 3.
-struct PairModeKernels {
-    Kernel halve;   // vertical_mode 1
-    Kernel quarter; // vertical_mode 2
-    Kernel twice;   // vertical_mode 3
+// The kernels of every encoding export, one set per instruction-set level.
+struct Kernels {
+    // Table exports (BGR32I sources): frame kernels in column 0, then one
+    // pair-mode kernel per vertical_mode 1 (halve), 2 (quarter) and 3
+    // (double); vertical_mode 4 has none, such a request converts nothing.
+    KernelTable bgr32_to_uyvy;
+    KernelTable bgr32_to_uvyy;
+    KernelTable bgr32_to_y8uv;
+    KernelQuad bgr32_to_yuyv;
+    // BGR32I sources whose fourth byte goes to an alpha plane in the same pass.
+    KernelQuad bgr32_to_uyvy_alpha;
+    KernelQuad bgr32_to_yuyv_alpha;
+    KernelQuad bgr32_to_uvyy_alpha;
+    KernelQuad bgr32_to_y8uv_alpha;
+    // BGR24I sources, 1:1.
+    KernelQuad bgr24_to_uyvy;
+    KernelQuad bgr24_to_yuyv;
+    KernelQuad bgr24_to_uvyy;
+    KernelQuad bgr24_to_y8uv;
 };
-extern const PairModeKernels kBgr32ToUyvyPairModes;
-extern const PairModeKernels kBgr32ToUvyyPairModes;
-extern const PairModeKernels kBgr32ToY8UvPairModes;
 
 // BGR32I sources: source plane 16-aligned, pitch a multiple of 32, width a
 // multiple of 4; destination 16-aligned, pitch a multiple of 16, width a
@@ -46,3 +41,5 @@ inline constexpr AlignmentTest kBgr32Test = kTableExportTest;
 inline constexpr AlignmentTest kBgr24Test = DestinationTest(16, 8);
 
 }  // namespace zenk::rgb_to_yuv
+
+ZENK_DECLARE_KERNEL_LEVELS(rgb_to_yuv)

@@ -7,7 +7,10 @@
 #include "coefficients.h"
 #include "kernel/kernel.h"
 
-namespace zenk::yuv_to_rgb {
+namespace zenk::ZENK_ISA::yuv_to_rgb {
+
+// The coefficient block and its setup are the same at every level.
+using namespace ::zenk::yuv_to_rgb;
 
 // Written on the vector layer's operations; S names the layer this family
 // is built for.
@@ -119,4 +122,4 @@ ZENK_ARITHMETIC void PackBgra(const BgrWords& c, V alpha_words, V out[2]) {
     out[1] = S::Hi32(even, odd);
 }
 
-}  // namespace zenk::yuv_to_rgb
+}  // namespace zenk::ZENK_ISA::yuv_to_rgb

@@ -9,7 +9,17 @@
 #include "kernel/pixel_packing.h"
 #include "yuv_to_rgb_kernels.h"
 
-namespace zenk::yuv_to_rgb {
+namespace zenk::ZENK_ISA::yuv_to_rgb {
+
+// Head pairs of a destination line (kBgr24HeadPairs).
+inline int32_t Bgr32HeadPairs(const uint8_t* line) {
+    const uint32_t residue = AddressResidue16(line);
+    return residue ? static_cast<int32_t>((16 - residue) >> 3) : 0;
+}
+inline int32_t Bgr24HeadPairs(const uint8_t* line) {
+    return kBgr24HeadPairs[(reinterpret_cast<uintptr_t>(line) >> 1) & 7];
+}
+
 
 // ---- Sources ------------------------------------------------------------------------
 
@@ -222,4 +232,4 @@ ZENK_KERNEL_ENTRY void PairModeKernel(const Request* r) {
     });
 }
 
-}  // namespace zenk::yuv_to_rgb
+}  // namespace zenk::ZENK_ISA::yuv_to_rgb

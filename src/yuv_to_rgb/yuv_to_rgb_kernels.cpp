@@ -3,7 +3,7 @@
 
 #include "formats.h"
 
-namespace zenk::yuv_to_rgb {
+namespace zenk::ZENK_ISA::yuv_to_rgb {
 namespace {
 
 // One pair-mode kernel serves all four variants of its column; its body
@@ -29,25 +29,25 @@ constexpr KernelQuad WordThenDwordAlpha() {
 
 }  // namespace
 
-const KernelQuad kUyvyToBgr32 = ZENK_KERNEL_QUAD(FrameKernel, Uyvy, WordAlpha);
-const KernelQuad kYuyvToBgr32 = WordThenDwordAlpha<Yuyv>();
-const Kernel kUyvyToBgr32Fields = kPairMode<Uyvy, WordAlpha>;
+// This level's kernels of every decoding export.
+const Kernels kKernels = {
+    .uyvy_to_bgr32 = MakeKernelTable(ZENK_KERNEL_QUAD(FrameKernel, Uyvy, WordAlpha), kPairMode<Uyvy, WordAlpha>,
+                                     kPairMode<Uyvy, WordAlpha>),
+    .planar_to_bgr32 = MakeKernelTable(WordThenDwordAlpha<PlanarSource>(), kPairMode<PlanarSource, DwordAlpha>,
+                                       kPairMode<PlanarSource, DwordAlpha>),
+    .yuyv_to_bgr32 = WordThenDwordAlpha<Yuyv>(),
+    .uyvy_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Uyvy, Bgr24),
+    .yuyv_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Yuyv, Bgr24),
+    .uvyy_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Uvyy, Bgr24),
+    .planar_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, PlanarSource, Bgr24),
+    .yuyv_alpha_to_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, WithAlphaPlane<Yuyv>, PlaneAlpha),
+    .uyvy_alpha_to_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, WithAlphaPlane<Uyvy>, PlaneAlpha),
+    // Ordinary stores in every entry: use_streaming_stores chooses between
+    // two identical kernels.
+    .planar_alpha_to_bgr32 = {{&FrameKernel<WithAlphaPlane<PlanarSource>, PlaneAlpha, AlignedCached>,
+                               &FrameKernel<WithAlphaPlane<PlanarSource>, PlaneAlpha, AlignedCached>,
+                               &FrameKernel<WithAlphaPlane<PlanarSource>, PlaneAlpha, AnyCached>,
+                               &FrameKernel<WithAlphaPlane<PlanarSource>, PlaneAlpha, AnyCached>}},
+};
 
-const KernelQuad kUyvyToBgr24 = ZENK_KERNEL_QUAD(FrameKernel, Uyvy, Bgr24);
-const KernelQuad kYuyvToBgr24 = ZENK_KERNEL_QUAD(FrameKernel, Yuyv, Bgr24);
-const KernelQuad kUvyyToBgr24 = ZENK_KERNEL_QUAD(FrameKernel, Uvyy, Bgr24);
-const KernelQuad kPlanarToBgr24 = ZENK_KERNEL_QUAD(FrameKernel, PlanarSource, Bgr24);
-
-const KernelQuad kPlanarToBgr32 = WordThenDwordAlpha<PlanarSource>();
-const Kernel kPlanarToBgr32Fields = kPairMode<PlanarSource, DwordAlpha>;
-
-const KernelQuad kYuyvAlphaToBgr32 = ZENK_KERNEL_QUAD(FrameKernel, WithAlphaPlane<Yuyv>, PlaneAlpha);
-const KernelQuad kUyvyAlphaToBgr32 = ZENK_KERNEL_QUAD(FrameKernel, WithAlphaPlane<Uyvy>, PlaneAlpha);
-// Ordinary stores in every entry: use_streaming_stores chooses between two
-// identical kernels.
-const KernelQuad kPlanarAlphaToBgr32 = {{&FrameKernel<WithAlphaPlane<PlanarSource>, PlaneAlpha, AlignedCached>,
-                                         &FrameKernel<WithAlphaPlane<PlanarSource>, PlaneAlpha, AlignedCached>,
-                                         &FrameKernel<WithAlphaPlane<PlanarSource>, PlaneAlpha, AnyCached>,
-                                         &FrameKernel<WithAlphaPlane<PlanarSource>, PlaneAlpha, AnyCached>}};
-
-}  // namespace zenk::yuv_to_rgb
+}  // namespace zenk::ZENK_ISA::yuv_to_rgb

@@ -9,7 +9,7 @@
 #include "kernel/pixel_packing.h"
 #include "matrix_change.h"
 
-namespace zenk::yuv_to_yuv {
+namespace zenk::ZENK_ISA::yuv_to_yuv {
 
 // A packed 4:2:2 source, one destination plane. The head counts pairs of
 // kHeadPairBytes destination bytes up to the 16-byte boundary. Every group
@@ -201,4 +201,4 @@ struct WidenTo444 : PackedLine<8> {
     const V alpha_high_byte;
 };
 
-}  // namespace zenk::yuv_to_yuv
+}  // namespace zenk::ZENK_ISA::yuv_to_yuv

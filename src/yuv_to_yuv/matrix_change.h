@@ -45,6 +45,13 @@ struct MatrixChangeVectors {
     __m128i clamp_high = _mm_setzero_si128();
 };
 
+}  // namespace zenk::yuv_to_yuv
+
+namespace zenk::ZENK_ISA::yuv_to_yuv {
+
+// The coefficient block and its setup are the same at every level.
+using namespace ::zenk::yuv_to_yuv;
+
 // How the luma of a 16-pixel group takes its correction.
 //  kOwnPair: pixels 0-7 take the correction of their own pairs, pixels 8-15
 //    theirs.
@@ -126,4 +133,4 @@ inline void ChangeMatrix(const MatrixChangeVectors& m, Words422<S>& a, Words422<
     b.chroma = S::Add16(S::template Sar16<8>(M::LowerNegative(c_b1)), offset);
 }
 
-}  // namespace zenk::yuv_to_yuv
+}  // namespace zenk::ZENK_ISA::yuv_to_yuv

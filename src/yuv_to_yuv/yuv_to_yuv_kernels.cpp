@@ -3,7 +3,7 @@
 
 #include "formats.h"
 
-namespace zenk::yuv_to_yuv {
+namespace zenk::ZENK_ISA::yuv_to_yuv {
 namespace {
 
 using Copy = Reorder<Sse2, CopyRule<Sse2>>;
@@ -14,26 +14,26 @@ using Matrix = MatrixChange<Sse2, In, Out, kLuma>;
 
 }  // namespace
 
-const KernelQuad kCopyPacked = ZENK_KERNEL_QUAD(FrameKernel, Copy);
-const KernelQuad kSwapWordBytes = ZENK_KERNEL_QUAD(FrameKernel, Reorder<Sse2, SwapWordBytesRule<Sse2>>);
-// The exchange exists only as an aligned kernel. Unaligned requests with
-// these formats run the plain copy, so their bytes keep the source order;
-// hosts are given exactly that, and it is kept.
-const KernelQuad kExchangeMiddleBytesOrCopy = {{
-    &FrameKernel<Exchange, AlignedCached>, &FrameKernel<Exchange, AlignedStreaming>,  // aligned: exchange
-    &FrameKernel<Copy, AnyCached>, &FrameKernel<Copy, AnyStreaming>,                  // any other: copy
-}};
+// This level's kernels of every export of the family.
+const Kernels kKernels = {
+    .copy_packed = ZENK_KERNEL_QUAD(FrameKernel, Copy),
+    .swap_word_bytes = ZENK_KERNEL_QUAD(FrameKernel, Reorder<Sse2, SwapWordBytesRule<Sse2>>),
+    // The exchange exists only as an aligned kernel. Unaligned requests with
+    // these formats run the plain copy, so their bytes keep the source
+    // order; hosts are given exactly that, and it is kept.
+    .exchange_middle_bytes_or_copy = {{
+        &FrameKernel<Exchange, AlignedCached>, &FrameKernel<Exchange, AlignedStreaming>,  // aligned: exchange
+        &FrameKernel<Copy, AnyCached>, &FrameKernel<Copy, AnyStreaming>,                  // any other: copy
+    }},
+    // The split writes with ordinary stores whatever use_streaming_stores says.
+    .split_to_planar = {{&FrameKernel<Split, AlignedCached>, &FrameKernel<Split, AlignedCached>,
+                         &FrameKernel<Split, AnyCached>, &FrameKernel<Split, AnyCached>}},
+    .widen_to_444 = ZENK_KERNEL_QUAD(FrameKernel, WidenTo444<Sse2>),
+    .matrix_uyvy_to_uyvy = ZENK_KERNEL_QUAD(FrameKernel, Matrix<UyvyWords, UyvyWords, LumaRule::kOwnPair>),
+    .matrix_yuyv_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Matrix<YuyvWords, YuyvWords, LumaRule::kOwnPair>),
+    .matrix_uyvy_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Matrix<UyvyWords, YuyvWords, LumaRule::kOwnPair>),
+    .matrix_yuyv_to_uyvy = ZENK_KERNEL_QUAD(FrameKernel, Matrix<YuyvWords, UyvyWords, LumaRule::kOwnPair>),
+    .matrix_shared_uyvy_order = ZENK_KERNEL_QUAD(FrameKernel, Matrix<UyvyWords, UyvyWords, LumaRule::kCrossed>),
+};
 
-const KernelQuad kMatrixUyvyToUyvy = ZENK_KERNEL_QUAD(FrameKernel, Matrix<UyvyWords, UyvyWords, LumaRule::kOwnPair>);
-const KernelQuad kMatrixYuyvToYuyv = ZENK_KERNEL_QUAD(FrameKernel, Matrix<YuyvWords, YuyvWords, LumaRule::kOwnPair>);
-const KernelQuad kMatrixUyvyToYuyv = ZENK_KERNEL_QUAD(FrameKernel, Matrix<UyvyWords, YuyvWords, LumaRule::kOwnPair>);
-const KernelQuad kMatrixYuyvToUyvy = ZENK_KERNEL_QUAD(FrameKernel, Matrix<YuyvWords, UyvyWords, LumaRule::kOwnPair>);
-const KernelQuad kMatrixSharedUyvyOrder =
-    ZENK_KERNEL_QUAD(FrameKernel, Matrix<UyvyWords, UyvyWords, LumaRule::kCrossed>);
-
-// The split writes with ordinary stores whatever use_streaming_stores says.
-const KernelQuad kSplitToPlanar = {{&FrameKernel<Split, AlignedCached>, &FrameKernel<Split, AlignedCached>,
-                                    &FrameKernel<Split, AnyCached>, &FrameKernel<Split, AnyCached>}};
-const KernelQuad kWidenTo444 = ZENK_KERNEL_QUAD(FrameKernel, WidenTo444<Sse2>);
-
-}  // namespace zenk::yuv_to_yuv
+}  // namespace zenk::ZENK_ISA::yuv_to_yuv

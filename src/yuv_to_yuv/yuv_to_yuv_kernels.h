@@ -7,34 +7,37 @@
 //                      into Y8PUV8I, and widened to V8U8Y8A8I.
 #pragma once
 
-#include "kernel/kernel.h"
+#include "kernel/kernel_table.h"
 
 namespace zenk::yuv_to_yuv {
 
-// Same standard.
-extern const KernelQuad kCopyPacked;     // any packed 4:2:2 -> itself, bytes unchanged
-extern const KernelQuad kSwapWordBytes;  // UYVY16I <-> YUYV16I
-// UVYY16I -> UYVY16I and UYVY16I -> UVYY16I (the same exchange of the middle
-// bytes of every pair) when the picture passes the export's test; the plain
-// copy otherwise.
-extern const KernelQuad kExchangeMiddleBytesOrCopy;
-extern const KernelQuad kSplitToPlanar;  // UYVY16I -> Y8PUV8I
-extern const KernelQuad kWidenTo444;     // UYVY16I -> V8U8Y8A8I (also for a change of standard)
-
-// Change of standard.
-extern const KernelQuad kMatrixUyvyToUyvy;
-extern const KernelQuad kMatrixYuyvToYuyv;
-extern const KernelQuad kMatrixUyvyToYuyv;
-extern const KernelQuad kMatrixYuyvToUyvy;
-// UYVY16I read and written, with the crossed luma rule; shared by the
-// UVYY16I -> UYVY16I, UYVY16I -> UVYY16I and UYVY16I -> Y8PUV8I exports.
-extern const KernelQuad kMatrixSharedUyvyOrder;
+// The kernels of every export of the family, one set per instruction-set
+// level.
+struct Kernels {
+    // Same standard.
+    KernelQuad copy_packed;      // any packed 4:2:2 -> itself, bytes unchanged
+    KernelQuad swap_word_bytes;  // UYVY16I <-> YUYV16I
+    // UVYY16I -> UYVY16I and UYVY16I -> UVYY16I (the same exchange of the
+    // middle bytes of every pair) when the picture passes the export's test;
+    // the plain copy otherwise.
+    KernelQuad exchange_middle_bytes_or_copy;
+    KernelQuad split_to_planar;  // UYVY16I -> Y8PUV8I
+    KernelQuad widen_to_444;     // UYVY16I -> V8U8Y8A8I (also for a change of standard)
+    // Change of standard.
+    KernelQuad matrix_uyvy_to_uyvy;
+    KernelQuad matrix_yuyv_to_yuyv;
+    KernelQuad matrix_uyvy_to_yuyv;
+    KernelQuad matrix_yuyv_to_uyvy;
+    // UYVY16I read and written, with the crossed luma rule; shared by the
+    // UVYY16I -> UYVY16I, UYVY16I -> UVYY16I and UYVY16I -> Y8PUV8I exports.
+    KernelQuad matrix_shared_uyvy_order;
+};
 
 inline constexpr AlignmentTest kPackedBothSides32 = BothSidesTest({32, 16, true}, {32, 16, false});
 inline constexpr AlignmentTest kPackedBothSides16 = BothSidesTest({16, 16, true}, {16, 16, false});
 inline constexpr AlignmentTest kDestination16 = DestinationTest(16, 16);
 inline constexpr AlignmentTest kWidenDestination = DestinationTest(32, 8);
 
-inline bool SameStandard(const Request& r) { return r.src_matrix == r.dst_matrix; }
-
 }  // namespace zenk::yuv_to_yuv
+
+ZENK_DECLARE_KERNEL_LEVELS(yuv_to_yuv)

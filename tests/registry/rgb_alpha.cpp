@@ -16,7 +16,7 @@ enum class Pass { kPlain, kConstantAlpha, kAlphaCopy, kAlphaOnly };
 struct RgbRow {
     const char* name;
     ZenkConvertFunction convert;
-    const KernelQuad* kernels;  // null for the composites
+    KernelQuad Kernels::*quad;  // null for the composites
     int block;                  // pixels of an aligned block
     bool source_anywhere;       // the export tests only its destination
     RgbConversion colour;       // the plain conversion, or the composite's colour pass
@@ -24,15 +24,15 @@ struct RgbRow {
 };
 
 const RgbRow kRows[] = {
-    {"BGR32I_BGR32I", ZENK_SSE2_BGR32I_BGR32I_EX, &kCopyBgr32, 16, false, {S::kBgr32, D::kBgr32}, Pass::kPlain},
-    {"BGR32I_BGR24I", ZENK_SSE2_BGR32I_BGR24I_EX, &kBgr32ToBgr24, 16, false, {S::kBgr32, D::kBgr24}, Pass::kPlain},
-    {"BGR24I_BGR32I", ZENK_SSE2_BGR24I_BGR32I_EX, &kBgr24ToBgr32, 16, true, {S::kBgr24ConstantAlpha, D::kBgr32}, Pass::kPlain},
-    {"BGR24I_BGR24I", ZENK_SSE2_BGR24I_BGR24I_EX, &kCopyBgr24, 16, false, {S::kBgr24ConstantAlpha, D::kBgr24}, Pass::kPlain},
-    {"BGR32I_BGR24IA8P", ZENK_SSE2_BGR32I_BGR24IA8P_EX, &kSplitBgr32, 16, true, {S::kBgr32, D::kBgr24AlphaPlane}, Pass::kPlain},
-    {"A8P_A8P", ZENK_SSE2_A8P_A8P_EX, &kCopyAlphaPlane, 32, true, {S::kAlphaPlane, D::kAlphaPlane}, Pass::kPlain},
-    {"A8C_A8P", ZENK_SSE2_A8C_A8P_EX, &kFillAlphaPlane, 32, true, {S::kAlphaConstant, D::kAlphaPlane}, Pass::kPlain},
-    {"BGR32I_A8P", ZENK_SSE2_BGR32I_A8P_EX, &kExtractAlpha, 16, true, {S::kBgr32, D::kAlphaPlane}, Pass::kPlain},
-    {"BGR24IA8P_BGR32I", ZENK_SSE2_BGR24IA8P_BGR32I_EX, &kMergeAlpha, 16, true, {S::kBgr24AlphaPlane, D::kBgr32}, Pass::kPlain},
+    {"BGR32I_BGR32I", ZENK_SSE2_BGR32I_BGR32I_EX, &Kernels::copy_bgr32, 16, false, {S::kBgr32, D::kBgr32}, Pass::kPlain},
+    {"BGR32I_BGR24I", ZENK_SSE2_BGR32I_BGR24I_EX, &Kernels::bgr32_to_bgr24, 16, false, {S::kBgr32, D::kBgr24}, Pass::kPlain},
+    {"BGR24I_BGR32I", ZENK_SSE2_BGR24I_BGR32I_EX, &Kernels::bgr24_to_bgr32, 16, true, {S::kBgr24ConstantAlpha, D::kBgr32}, Pass::kPlain},
+    {"BGR24I_BGR24I", ZENK_SSE2_BGR24I_BGR24I_EX, &Kernels::copy_bgr24, 16, false, {S::kBgr24ConstantAlpha, D::kBgr24}, Pass::kPlain},
+    {"BGR32I_BGR24IA8P", ZENK_SSE2_BGR32I_BGR24IA8P_EX, &Kernels::split_bgr32, 16, true, {S::kBgr32, D::kBgr24AlphaPlane}, Pass::kPlain},
+    {"A8P_A8P", ZENK_SSE2_A8P_A8P_EX, &Kernels::copy_alpha_plane, 32, true, {S::kAlphaPlane, D::kAlphaPlane}, Pass::kPlain},
+    {"A8C_A8P", ZENK_SSE2_A8C_A8P_EX, &Kernels::fill_alpha_plane, 32, true, {S::kAlphaConstant, D::kAlphaPlane}, Pass::kPlain},
+    {"BGR32I_A8P", ZENK_SSE2_BGR32I_A8P_EX, &Kernels::extract_alpha, 16, true, {S::kBgr32, D::kAlphaPlane}, Pass::kPlain},
+    {"BGR24IA8P_BGR32I", ZENK_SSE2_BGR24IA8P_BGR32I_EX, &Kernels::merge_alpha, 16, true, {S::kBgr24AlphaPlane, D::kBgr32}, Pass::kPlain},
     {"BGR24I_BGR24IA8P", ZENK_SSE2_BGR24I_BGR24IA8P_EX, nullptr, 16, false, {S::kBgr24ConstantAlpha, D::kBgr24}, Pass::kConstantAlpha},
     {"BGR24IA8P_BGR24IA8P", ZENK_SSE2_BGR24IA8P_BGR24IA8P_EX, nullptr, 16, false, {S::kBgr24ConstantAlpha, D::kBgr24}, Pass::kAlphaCopy},
     {"BGR24IA8P_A8P", ZENK_SSE2_BGR24IA8P_A8P_EX, nullptr, 32, false, {S::kBgr24ConstantAlpha}, Pass::kAlphaOnly},
@@ -63,9 +63,9 @@ const Registration kRegistration = RegisterEach(kRows, [](const RgbRow& c) {
     e.dst_alpha = {c.colour.destination == D::kBgr24AlphaPlane || c.pass == Pass::kConstantAlpha ||
                            c.pass == Pass::kAlphaCopy ? 1 : 0};
     e.reference = [c](const Request& r) { ExportReference(c, r); };
-    if (c.kernels != nullptr) {
+    if (c.quad != nullptr) {
         const RequestStyle aligned{.block = c.block, .drift_pitch = true, .source_anywhere = c.source_anywhere};
-        AddVariants(e, {"", {c.kernels->variant}}, aligned, [c](const Request& r, int variant) {
+        AddVariants(e, {"", AtLevels(kKernelsAt, c.quad)}, aligned, [c](const Request& r, int variant) {
             ReferenceRgbConvert(r, c.colour, variant < 2 ? c.block : 0);
         });
     }

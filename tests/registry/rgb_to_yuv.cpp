@@ -19,26 +19,26 @@ enum class Alpha { kNone, kFromSource, kConstant, kCopy };
 struct EncodeRow {
     const char* name;
     ZenkConvertFunction convert;
-    const KernelQuad* kernels;          // null for the composites
-    const PairModeKernels* pair_modes;  // table exports only
+    KernelQuad Kernels::*quad;     // four-kernel exports
+    KernelTable Kernels::*table;   // table exports: frame kernels, and vertical_mode 1 to 3
     Src source;
     Lay layout;
     Alpha alpha;
 };
 
 const EncodeRow kRows[] = {
-    {"BGR32I_UYVY16I", ZENK_SSE2_BGR32I_UYVY16I_EX, &kBgr32ToUyvy, &kBgr32ToUyvyPairModes, Src::kBgr32, Lay::kUyvy, Alpha::kNone},
-    {"BGR32I_UVYY16I", ZENK_SSE2_BGR32I_UVYY16I_EX, &kBgr32ToUvyy, &kBgr32ToUvyyPairModes, Src::kBgr32, Lay::kUvyy, Alpha::kNone},
-    {"BGR32I_Y8PUV8I", ZENK_SSE2_BGR32I_Y8PUV8I_EX, &kBgr32ToY8Uv, &kBgr32ToY8UvPairModes, Src::kBgr32, Lay::kY8Uv, Alpha::kNone},
-    {"BGR32I_YUYV16I", ZENK_SSE2_BGR32I_YUYV16I_EX, &kBgr32ToYuyv, nullptr, Src::kBgr32, Lay::kYuyv, Alpha::kNone},
-    {"BGR24I_YUYV16I", ZENK_SSE2_BGR24I_YUYV16I_EX, &kBgr24ToYuyv, nullptr, Src::kBgr24, Lay::kYuyv, Alpha::kNone},
-    {"BGR24I_UYVY16I", ZENK_SSE2_BGR24I_UYVY16I_EX, &kBgr24ToUyvy, nullptr, Src::kBgr24, Lay::kUyvy, Alpha::kNone},
-    {"BGR24I_UVYY16I", ZENK_SSE2_BGR24I_UVYY16I_EX, &kBgr24ToUvyy, nullptr, Src::kBgr24, Lay::kUvyy, Alpha::kNone},
-    {"BGR24I_Y8PUV8I", ZENK_SSE2_BGR24I_Y8PUV8I_EX, &kBgr24ToY8Uv, nullptr, Src::kBgr24, Lay::kY8Uv, Alpha::kNone},
-    {"BGR32I_YUYV16IA8P", ZENK_SSE2_BGR32I_YUYV16IA8P_EX, &kBgr32ToYuyvAlpha, nullptr, Src::kBgr32, Lay::kYuyv, Alpha::kFromSource},
-    {"BGR32I_UYVY16IA8P", ZENK_SSE2_BGR32I_UYVY16IA8P_EX, &kBgr32ToUyvyAlpha, nullptr, Src::kBgr32, Lay::kUyvy, Alpha::kFromSource},
-    {"BGR32I_UVYY16IA8P", ZENK_SSE2_BGR32I_UVYY16IA8P_EX, &kBgr32ToUvyyAlpha, nullptr, Src::kBgr32, Lay::kUvyy, Alpha::kFromSource},
-    {"BGR32I_Y8PUV8IA8P", ZENK_SSE2_BGR32I_Y8PUV8IA8P_EX, &kBgr32ToY8UvAlpha, nullptr, Src::kBgr32, Lay::kY8Uv, Alpha::kFromSource},
+    {"BGR32I_UYVY16I", ZENK_SSE2_BGR32I_UYVY16I_EX, nullptr, &Kernels::bgr32_to_uyvy, Src::kBgr32, Lay::kUyvy, Alpha::kNone},
+    {"BGR32I_UVYY16I", ZENK_SSE2_BGR32I_UVYY16I_EX, nullptr, &Kernels::bgr32_to_uvyy, Src::kBgr32, Lay::kUvyy, Alpha::kNone},
+    {"BGR32I_Y8PUV8I", ZENK_SSE2_BGR32I_Y8PUV8I_EX, nullptr, &Kernels::bgr32_to_y8uv, Src::kBgr32, Lay::kY8Uv, Alpha::kNone},
+    {"BGR32I_YUYV16I", ZENK_SSE2_BGR32I_YUYV16I_EX, &Kernels::bgr32_to_yuyv, nullptr, Src::kBgr32, Lay::kYuyv, Alpha::kNone},
+    {"BGR24I_YUYV16I", ZENK_SSE2_BGR24I_YUYV16I_EX, &Kernels::bgr24_to_yuyv, nullptr, Src::kBgr24, Lay::kYuyv, Alpha::kNone},
+    {"BGR24I_UYVY16I", ZENK_SSE2_BGR24I_UYVY16I_EX, &Kernels::bgr24_to_uyvy, nullptr, Src::kBgr24, Lay::kUyvy, Alpha::kNone},
+    {"BGR24I_UVYY16I", ZENK_SSE2_BGR24I_UVYY16I_EX, &Kernels::bgr24_to_uvyy, nullptr, Src::kBgr24, Lay::kUvyy, Alpha::kNone},
+    {"BGR24I_Y8PUV8I", ZENK_SSE2_BGR24I_Y8PUV8I_EX, &Kernels::bgr24_to_y8uv, nullptr, Src::kBgr24, Lay::kY8Uv, Alpha::kNone},
+    {"BGR32I_YUYV16IA8P", ZENK_SSE2_BGR32I_YUYV16IA8P_EX, &Kernels::bgr32_to_yuyv_alpha, nullptr, Src::kBgr32, Lay::kYuyv, Alpha::kFromSource},
+    {"BGR32I_UYVY16IA8P", ZENK_SSE2_BGR32I_UYVY16IA8P_EX, &Kernels::bgr32_to_uyvy_alpha, nullptr, Src::kBgr32, Lay::kUyvy, Alpha::kFromSource},
+    {"BGR32I_UVYY16IA8P", ZENK_SSE2_BGR32I_UVYY16IA8P_EX, &Kernels::bgr32_to_uvyy_alpha, nullptr, Src::kBgr32, Lay::kUvyy, Alpha::kFromSource},
+    {"BGR32I_Y8PUV8IA8P", ZENK_SSE2_BGR32I_Y8PUV8IA8P_EX, &Kernels::bgr32_to_y8uv_alpha, nullptr, Src::kBgr32, Lay::kY8Uv, Alpha::kFromSource},
     {"BGR24I_YUYV16IA8P", ZENK_SSE2_BGR24I_YUYV16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kYuyv, Alpha::kConstant},
     {"BGR24I_Y8PUV8IA8P", ZENK_SSE2_BGR24I_Y8PUV8IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kY8Uv, Alpha::kConstant},
     {"BGR24I_UYVY16IA8P", ZENK_SSE2_BGR24I_UYVY16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kUyvy, Alpha::kConstant},
@@ -62,7 +62,7 @@ bool TakesAlignedKernel(const EncodeRow& c, const Request& r) {
 // The column (table exports), the variant the alignment test picks, the
 // colour conversion, then any alpha pass.
 void ExportReference(const EncodeRow& c, const Request& r) {
-    const int column = c.pair_modes == nullptr || r.vertical_mode < 0 || r.vertical_mode > 4 ? 0 : r.vertical_mode;
+    const int column = c.table == nullptr || r.vertical_mode < 0 || r.vertical_mode > 4 ? 0 : r.vertical_mode;
     if (column == 4) return;  // no kernel: nothing converted
     const bool aligned = column == 0 && TakesAlignedKernel(c, r);
     ReferenceEncode(r, {c.source, c.layout, c.alpha == Alpha::kFromSource, column, aligned}, QueryHostOption());
@@ -78,18 +78,17 @@ const Registration kRegistration = RegisterEach(kRows, [](const EncodeRow& c) {
     e.dst = c.layout == Lay::kY8Uv ? PlaneSpec{1, true} : PlaneSpec{2, false, 0, 4, true};
     e.dst_alpha = {c.alpha == Alpha::kNone ? 0 : 1};
     e.reference = [c](const Request& r) { ExportReference(c, r); };
-    if (c.kernels != nullptr) {
+    if (c.quad != nullptr || c.table != nullptr) {
         RequestStyle aligned{.block = 8, .drift_pitch = true, .source_anywhere = c.source == Src::kBgr24};
-        AddVariants(e, {"", {c.kernels->variant}}, aligned, [c](const Request& r, int variant) {
+        AddVariants(e, {"", c.quad ? AtLevels(kKernelsAt, c.quad) : AtLevels(kKernelsAt, c.table)}, aligned, [c](const Request& r, int variant) {
             ReferenceEncode(r, {c.source, c.layout, c.alpha == Alpha::kFromSource, 0, variant < 2},
                             QueryHostOption());
         });
     }
-    if (c.pair_modes != nullptr) {
+    if (c.table != nullptr) {
         e.pair_modes = {1, 2, 3};
-        const Kernel kernels[] = {c.pair_modes->halve, c.pair_modes->quarter, c.pair_modes->twice};
         for (int32_t mode : e.pair_modes) {
-            e.kernels.push_back({"mode" + std::to_string(mode), {kernels[mode - 1]}, {.pair_mode = mode},
+            e.kernels.push_back({"mode" + std::to_string(mode), PairModeAtLevels(kKernelsAt, c.table, mode), {.pair_mode = mode},
                                  [c, mode](const Request& r) {
                                      ReferenceEncode(r, {c.source, c.layout, false, mode, false},
                                                      QueryHostOption());

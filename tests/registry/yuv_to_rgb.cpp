@@ -8,6 +8,8 @@
 namespace zenk::test {
 namespace {
 
+using namespace yuv_to_rgb;
+
 enum class Kind { kFourKernel, kTable, kConstantAlpha, kAlphaCopy };
 
 struct DecodeRow {
@@ -17,8 +19,8 @@ struct DecodeRow {
     YuvLayout layout;
     bool src_alpha;             // IA8P source
     bool bgr24;
-    const KernelQuad* kernels;  // null for the composites
-    Kernel pair_mode;           // table exports: vertical_mode 1 and 2
+    KernelQuad Kernels::*quad;     // four-kernel exports
+    KernelTable Kernels::*table;   // table exports: frame kernels, and vertical_mode 1 and 2
     FourthByte fourth[4];       // per variant; the pair-mode kernel's is variant 3's
     // The export's test, written out: plane 16-aligned, pitch and width
     // multiples of these units (src_width 0: source not tested).
@@ -29,19 +31,18 @@ constexpr FourthByte W = FourthByte::kWordAlpha, D = FourthByte::kDwordAlpha, P 
                      N = FourthByte::kNone;
 using L = YuvLayout;
 using K = Kind;
-using namespace yuv_to_rgb;
 
 const DecodeRow kRows[] = {
-    {"UYVY16I_BGR32I", ZENK_SSE2_UYVY16I_BGR32I_EX, K::kTable, L::kUyvy, 0, 0, &kUyvyToBgr32, kUyvyToBgr32Fields, {W, W, W, W}, 32, 4, 16, 8},
-    {"Y8PUV8I_BGR32I", ZENK_SSE2_Y8PUV8I_BGR32I_EX, K::kTable, L::kPlanar, 0, 0, &kPlanarToBgr32, kPlanarToBgr32Fields, {W, D, D, D}, 32, 4, 16, 8},
-    {"YUYV16I_BGR32I", ZENK_SSE2_YUYV16I_BGR32I_EX, K::kFourKernel, L::kYuyv, 0, 0, &kYuyvToBgr32, nullptr, {W, D, D, D}, 16, 8, 32, 4},
-    {"UYVY16I_BGR24I", ZENK_SSE2_UYVY16I_BGR24I_EX, K::kFourKernel, L::kUyvy, 0, 1, &kUyvyToBgr24, nullptr, {N, N, N, N}, 0, 0, 1, 16},
-    {"YUYV16I_BGR24I", ZENK_SSE2_YUYV16I_BGR24I_EX, K::kFourKernel, L::kYuyv, 0, 1, &kYuyvToBgr24, nullptr, {N, N, N, N}, 0, 0, 1, 16},
-    {"UVYY16I_BGR24I", ZENK_SSE2_UVYY16I_BGR24I_EX, K::kFourKernel, L::kUvyy, 0, 1, &kUvyyToBgr24, nullptr, {N, N, N, N}, 0, 0, 1, 16},
-    {"Y8PUV8I_BGR24I", ZENK_SSE2_Y8PUV8I_BGR24I_EX, K::kFourKernel, L::kPlanar, 0, 1, &kPlanarToBgr24, nullptr, {N, N, N, N}, 0, 0, 1, 16},
-    {"Y8PUV8IA8P_BGR32I", ZENK_SSE2_Y8PUV8IA8P_BGR32I_EX, K::kFourKernel, L::kPlanar, 1, 0, &kPlanarAlphaToBgr32, nullptr, {P, P, P, P}, 0, 0, 16, 16},
-    {"YUYV16IA8P_BGR32I", ZENK_SSE2_YUYV16IA8P_BGR32I_EX, K::kFourKernel, L::kYuyv, 1, 0, &kYuyvAlphaToBgr32, nullptr, {P, P, P, P}, 16, 8, 32, 4},
-    {"UYVY16IA8P_BGR32I", ZENK_SSE2_UYVY16IA8P_BGR32I_EX, K::kFourKernel, L::kUyvy, 1, 0, &kUyvyAlphaToBgr32, nullptr, {P, P, P, P}, 16, 8, 32, 4},
+    {"UYVY16I_BGR32I", ZENK_SSE2_UYVY16I_BGR32I_EX, K::kTable, L::kUyvy, 0, 0, nullptr, &Kernels::uyvy_to_bgr32, {W, W, W, W}, 32, 4, 16, 8},
+    {"Y8PUV8I_BGR32I", ZENK_SSE2_Y8PUV8I_BGR32I_EX, K::kTable, L::kPlanar, 0, 0, nullptr, &Kernels::planar_to_bgr32, {W, D, D, D}, 32, 4, 16, 8},
+    {"YUYV16I_BGR32I", ZENK_SSE2_YUYV16I_BGR32I_EX, K::kFourKernel, L::kYuyv, 0, 0, &Kernels::yuyv_to_bgr32, nullptr, {W, D, D, D}, 16, 8, 32, 4},
+    {"UYVY16I_BGR24I", ZENK_SSE2_UYVY16I_BGR24I_EX, K::kFourKernel, L::kUyvy, 0, 1, &Kernels::uyvy_to_bgr24, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+    {"YUYV16I_BGR24I", ZENK_SSE2_YUYV16I_BGR24I_EX, K::kFourKernel, L::kYuyv, 0, 1, &Kernels::yuyv_to_bgr24, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+    {"UVYY16I_BGR24I", ZENK_SSE2_UVYY16I_BGR24I_EX, K::kFourKernel, L::kUvyy, 0, 1, &Kernels::uvyy_to_bgr24, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+    {"Y8PUV8I_BGR24I", ZENK_SSE2_Y8PUV8I_BGR24I_EX, K::kFourKernel, L::kPlanar, 0, 1, &Kernels::planar_to_bgr24, nullptr, {N, N, N, N}, 0, 0, 1, 16},
+    {"Y8PUV8IA8P_BGR32I", ZENK_SSE2_Y8PUV8IA8P_BGR32I_EX, K::kFourKernel, L::kPlanar, 1, 0, &Kernels::planar_alpha_to_bgr32, nullptr, {P, P, P, P}, 0, 0, 16, 16},
+    {"YUYV16IA8P_BGR32I", ZENK_SSE2_YUYV16IA8P_BGR32I_EX, K::kFourKernel, L::kYuyv, 1, 0, &Kernels::yuyv_alpha_to_bgr32, nullptr, {P, P, P, P}, 16, 8, 32, 4},
+    {"UYVY16IA8P_BGR32I", ZENK_SSE2_UYVY16IA8P_BGR32I_EX, K::kFourKernel, L::kUyvy, 1, 0, &Kernels::uyvy_alpha_to_bgr32, nullptr, {P, P, P, P}, 16, 8, 32, 4},
     {"Y8PUV8I_BGR24IA8P", ZENK_SSE2_Y8PUV8I_BGR24IA8P_EX, K::kConstantAlpha, L::kPlanar, 0, 1, nullptr, nullptr, {N, N, N, N}, 0, 0, 1, 16},
     {"UVYY16I_BGR24IA8P", ZENK_SSE2_UVYY16I_BGR24IA8P_EX, K::kConstantAlpha, L::kUvyy, 0, 1, nullptr, nullptr, {N, N, N, N}, 0, 0, 1, 16},
     {"YUYV16I_BGR24IA8P", ZENK_SSE2_YUYV16I_BGR24IA8P_EX, K::kConstantAlpha, L::kYuyv, 0, 1, nullptr, nullptr, {N, N, N, N}, 0, 0, 1, 16},
@@ -80,19 +81,19 @@ const Registration kRegistration = RegisterEach(kRows, [](const DecodeRow& c) {
     e.dst = {c.bgr24 ? 3 : 4, false, 0, c.bgr24 ? 2 : 8, true};
     e.dst_alpha = {c.kind == K::kConstantAlpha || c.kind == K::kAlphaCopy ? 1 : 0};
     e.reference = [c](const Request& r) { ExportReference(c, r); };
-    if (c.kernels != nullptr) {
+    if (c.quad != nullptr || c.table != nullptr) {
         // BGR24 lines whose pitch takes them off a boundary are stored
         // unaligned by every walk; BGR32 aligned kernels need whole 16s.
         const int block = c.bgr24 ? 16 : 8;
         const RequestStyle aligned{.block = block, .drift_pitch = c.bgr24, .source_anywhere = c.src_width == 0};
-        AddVariants(e, {"", {c.kernels->variant}}, aligned, [c, block](const Request& r, int variant) {
+        AddVariants(e, {"", c.quad ? AtLevels(kKernelsAt, c.quad) : AtLevels(kKernelsAt, c.table)}, aligned, [c, block](const Request& r, int variant) {
             ReferenceYuvToRgb(r, {c.layout, c.fourth[variant]}, variant < 2 ? block : 0, QueryHostOption());
         });
     }
-    if (c.pair_mode != nullptr) {
+    if (c.table != nullptr) {
         e.pair_modes = {1, 2};
         for (int32_t mode : e.pair_modes)
-            e.kernels.push_back({"mode" + std::to_string(mode), {c.pair_mode}, {.pair_mode = mode},
+            e.kernels.push_back({"mode" + std::to_string(mode), PairModeAtLevels(kKernelsAt, c.table, mode), {.pair_mode = mode},
                                  [c](const Request& r) {
                                      ReferenceYuvToRgbPairModes(r, {c.layout, c.fourth[3]}, QueryHostOption());
                                  }});

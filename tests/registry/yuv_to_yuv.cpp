@@ -16,7 +16,7 @@ namespace k = yuv_to_yuv;
 
 struct KernelRow {
     const char* name;
-    const KernelQuad* kernels;
+    KernelQuad yuv_to_yuv::Kernels::*quad;
     YuvKernelModel aligned_model;  // variants 0 and 1
     YuvKernelModel any_model;      // variants 2 and 3
 };
@@ -33,26 +33,26 @@ struct ExportRow {
     std::vector<KernelRow> kernels;
 };
 
-const KernelRow kCopyPacked{"CopyPacked.", &k::kCopyPacked, {O::kCopy}, {O::kCopy}};
+const KernelRow kCopyPacked{"CopyPacked.", &k::Kernels::copy_packed, {O::kCopy}, {O::kCopy}};
 
 const ExportRow kRows[] = {
     {"UYVY16I_UYVY16I", ZENK_SSE2_UYVY16I_UYVY16I_EX, E::kUyvyToUyvy, Dst::kPacked, Alpha::kNone,
-     {kCopyPacked, {"Matrix.", &k::kMatrixUyvyToUyvy, {O::kMatrix}, {O::kMatrix}}}},
+     {kCopyPacked, {"Matrix.", &k::Kernels::matrix_uyvy_to_uyvy, {O::kMatrix}, {O::kMatrix}}}},
     {"YUYV16I_YUYV16I", ZENK_SSE2_YUYV16I_YUYV16I_EX, E::kYuyvToYuyv, Dst::kPacked, Alpha::kNone,
-     {{"Matrix.", &k::kMatrixYuyvToYuyv, {O::kMatrix, L::kYuyv, L::kYuyv}, {O::kMatrix, L::kYuyv, L::kYuyv}}}},
+     {{"Matrix.", &k::Kernels::matrix_yuyv_to_yuyv, {O::kMatrix, L::kYuyv, L::kYuyv}, {O::kMatrix, L::kYuyv, L::kYuyv}}}},
     {"UYVY16I_YUYV16I", ZENK_SSE2_UYVY16I_YUYV16I_EX, E::kUyvyToYuyv, Dst::kPacked, Alpha::kNone,
-     {{"SwapWordBytes.", &k::kSwapWordBytes, {O::kReorder, L::kUyvy, L::kYuyv}, {O::kReorder, L::kYuyv, L::kUyvy}},
-      {"Matrix.", &k::kMatrixUyvyToYuyv, {O::kMatrix, L::kUyvy, L::kYuyv}, {O::kMatrix, L::kUyvy, L::kYuyv}}}},
+     {{"SwapWordBytes.", &k::Kernels::swap_word_bytes, {O::kReorder, L::kUyvy, L::kYuyv}, {O::kReorder, L::kYuyv, L::kUyvy}},
+      {"Matrix.", &k::Kernels::matrix_uyvy_to_yuyv, {O::kMatrix, L::kUyvy, L::kYuyv}, {O::kMatrix, L::kUyvy, L::kYuyv}}}},
     {"YUYV16I_UYVY16I", ZENK_SSE2_YUYV16I_UYVY16I_EX, E::kYuyvToUyvy, Dst::kPacked, Alpha::kNone,
-     {{"Matrix.", &k::kMatrixYuyvToUyvy, {O::kMatrix, L::kYuyv, L::kUyvy}, {O::kMatrix, L::kYuyv, L::kUyvy}}}},
+     {{"Matrix.", &k::Kernels::matrix_yuyv_to_uyvy, {O::kMatrix, L::kYuyv, L::kUyvy}, {O::kMatrix, L::kYuyv, L::kUyvy}}}},
     {"UVYY16I_UYVY16I", ZENK_SSE2_UVYY16I_UYVY16I_EX, E::kUvyyToUyvy, Dst::kPacked, Alpha::kNone, {}},
     {"UYVY16I_UVYY16I", ZENK_SSE2_UYVY16I_UVYY16I_EX, E::kUyvyToUvyy, Dst::kPacked, Alpha::kNone,
-     {{"ExchangeOrCopy.", &k::kExchangeMiddleBytesOrCopy, {O::kReorder, L::kUvyy, L::kUyvy}, {O::kCopy}},
-      {"SharedMatrix.", &k::kMatrixSharedUyvyOrder, {O::kSharedMatrix}, {O::kSharedMatrix}}}},
+     {{"ExchangeOrCopy.", &k::Kernels::exchange_middle_bytes_or_copy, {O::kReorder, L::kUvyy, L::kUyvy}, {O::kCopy}},
+      {"SharedMatrix.", &k::Kernels::matrix_shared_uyvy_order, {O::kSharedMatrix}, {O::kSharedMatrix}}}},
     {"UYVY16I_Y8PUV8I", ZENK_SSE2_UYVY16I_Y8PUV8I_EX, E::kUyvyToY8puv8, Dst::kPlanar, Alpha::kNone,
-     {{"Split.", &k::kSplitToPlanar, {O::kSplit}, {O::kSplit}}}},
+     {{"Split.", &k::Kernels::split_to_planar, {O::kSplit}, {O::kSplit}}}},
     {"UYVY16I_V8U8Y8A8I", ZENK_SSE2_UYVY16I_V8U8Y8A8I_EX, E::kUyvyToV8u8y8a8, Dst::kWide, Alpha::kNone,
-     {{"Widen.", &k::kWidenTo444, {O::kWiden}, {O::kWiden}}}},
+     {{"Widen.", &k::Kernels::widen_to_444, {O::kWiden}, {O::kWiden}}}},
     {"UVYY16I_UYVY16IA8P", ZENK_SSE2_UVYY16I_UYVY16IA8P_EX, E::kUvyyToUyvy, Dst::kPacked, Alpha::kConstant, {}},
     {"YUYV16I_UYVY16IA8P", ZENK_SSE2_YUYV16I_UYVY16IA8P_EX, E::kYuyvToUyvy, Dst::kPacked, Alpha::kConstant, {}},
     {"UYVY16I_YUYV16IA8P", ZENK_SSE2_UYVY16I_YUYV16IA8P_EX, E::kUyvyToYuyv, Dst::kPacked, Alpha::kConstant, {}},
@@ -85,7 +85,7 @@ const Registration kRegistration = RegisterEach(kRows, [](const ExportRow& c) {
     const RequestStyle aligned{.block = c.destination == Dst::kWide ? 8 : 16,
                                .drift_pitch = c.destination == Dst::kPlanar, .source_anywhere = true};
     for (const KernelRow& kernel : c.kernels)
-        AddVariants(e, {kernel.name, {kernel.kernels->variant}}, aligned, [kernel](const Request& r, int variant) {
+        AddVariants(e, {kernel.name, AtLevels(k::kKernelsAt, kernel.quad)}, aligned, [kernel](const Request& r, int variant) {
             ReferenceYuvKernel(r, variant < 2 ? kernel.aligned_model : kernel.any_model, variant < 2);
         });
     return e;

@@ -2,16 +2,6 @@
 
 namespace zenk::test {
 
-const char* LevelName(Level level) {
-    switch (level) {
-        case Level::kSse2: return "sse2";
-    }
-    return "?";
-}
-
-// SSE2 is the floor the library and this program are built for; a wider
-// level asks the processor (__builtin_cpu_supports) before its kernels run.
-bool LevelAvailable(Level level) { return level == Level::kSse2; }
 
 std::vector<ExportUnderTest>& RegisteredExports() {
     static std::vector<ExportUnderTest> exports;

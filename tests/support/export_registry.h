@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "kernel/cpu.h"
 #include "support/test_picture.h"
 
 namespace zenk::test {
@@ -23,14 +24,13 @@ struct PlaneSpec {
     bool anywhere = false;      // lines may also start off line_alignment (stored unaligned)
 };
 
-// Instruction-set levels the kernels are built for. A wider level adds an
-// entry here and a kernel per level to each registration; the differential
-// test runs every level the processor has.
-enum class Level { kSse2 };
-inline constexpr Level kLevels[] = {Level::kSse2};
+// Instruction-set levels the kernels are built for; the differential test
+// runs every level the processor has and reports the others as skipped.
+using Level = IsaLevel;
+inline constexpr Level kLevels[] = {IsaLevel::kSse2, IsaLevel::kAvx2, IsaLevel::kAvx512};
 inline constexpr size_t kLevelCount = std::size(kLevels);
-const char* LevelName(Level level);
-bool LevelAvailable(Level level);
+inline const char* LevelName(Level level) { return IsaLevelName(level); }
+inline bool LevelAvailable(Level level) { return level <= ProcessorIsaLevel(); }
 
 using KernelFunction = void (*)(const Request*);
 
@@ -118,6 +118,31 @@ struct KernelQuadLevels {
 };
 void AddVariants(ExportUnderTest& e, const KernelQuadLevels& quads, RequestStyle aligned,
                  std::function<void(const Request&, int variant)> reference);
+
+// A family's kernel quad, or the frame column of one of its tables, at every
+// level (`at` is the family's kKernelsAt).
+template <class Kernels>
+std::array<const KernelFunction*, kLevelCount> AtLevels(const Kernels* const (&at)[kIsaLevelCount],
+                                                        KernelQuad Kernels::*quad) {
+    std::array<const KernelFunction*, kLevelCount> quads{};
+    for (size_t level = 0; level < kLevelCount; ++level) quads[level] = (at[level]->*quad).variant;
+    return quads;
+}
+template <class Kernels>
+std::array<const KernelFunction*, kLevelCount> AtLevels(const Kernels* const (&at)[kIsaLevelCount],
+                                                        KernelTable Kernels::*table) {
+    std::array<const KernelFunction*, kLevelCount> quads{};
+    for (size_t level = 0; level < kLevelCount; ++level) quads[level] = (at[level]->*table).entry;
+    return quads;
+}
+// The pair-mode kernel of a table's column `vertical_mode` at every level.
+template <class Kernels>
+std::array<KernelFunction, kLevelCount> PairModeAtLevels(const Kernels* const (&at)[kIsaLevelCount],
+                                                         KernelTable Kernels::*table, int32_t vertical_mode) {
+    std::array<KernelFunction, kLevelCount> kernels{};
+    for (size_t level = 0; level < kLevelCount; ++level) kernels[level] = (at[level]->*table).entry[4 * vertical_mode];
+    return kernels;
+}
 
 // A random request for `e` within the documented envelope: random flags,
 // matrices, ranges, alpha values and unread fields; planes at random allowed
