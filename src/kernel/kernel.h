@@ -51,6 +51,7 @@ struct UnalignedStore {
 // A plane whose alignment no export tests: each 16-byte store is aligned
 // where the address allows, unaligned elsewhere.
 struct CheckedStore {
+    static constexpr bool kStreaming = false;
     static inline void Store(void* p, Sse2::V v) {
         if ((reinterpret_cast<uintptr_t>(p) & 15u) == 0)
             Sse2::Store(p, v);

@@ -66,12 +66,33 @@ ZENK_ARITHMETIC void Singles(F& f, int32_t count) {
 // prefetched), the prefetch before each group's first block. The count runs
 // down: the loop's test is the decrement's own flag, one instruction less
 // per block than an index counted up and compared.
+//
+// A format written for a wider vector layer (F::Vector with several lanes)
+// converts as many blocks at once as the layer has lanes, and the blocks
+// left over through the same code with fewer lanes filled: each block reads
+// and writes exactly what it does in the SSE2 kernel.
 template <class F, class A, class Store>
 ZENK_ARITHMETIC void Blocks(F& f, int32_t count) {
-    constexpr int32_t kGroup = F::kPrefetchEvery > 1 ? F::kPrefetchEvery : 1;
-    for (int32_t left = count; left > 0;) {
-        if constexpr (F::kPrefetchEvery > 0) PrefetchAhead<A>(f.Ahead(), f.dst);
-        for (int32_t i = 0; i < kGroup && left > 0; ++i, --left) f.template Block<Store>();
+    if constexpr (requires { typename F::Vector; }) {
+        using W = typename F::Vector;
+        constexpr int32_t kLanes = W::kLanes;
+        for (; count >= kLanes; count -= kLanes) {
+            if constexpr (F::kPrefetchEvery > 0) PrefetchAhead<A>(f.Ahead(), f.dst);
+            f.template Block<Store, W>();
+        }
+        if constexpr (kLanes > 1) {
+            if (count == 1) f.template Block<Store, typename W::template WithLanes<1>>();
+        }
+        if constexpr (kLanes > 2) {
+            if (count == 2) f.template Block<Store, typename W::template WithLanes<2>>();
+            if (count == 3) f.template Block<Store, typename W::template WithLanes<3>>();
+        }
+    } else {
+        constexpr int32_t kGroup = F::kPrefetchEvery > 1 ? F::kPrefetchEvery : 1;
+        for (int32_t left = count; left > 0;) {
+            if constexpr (F::kPrefetchEvery > 0) PrefetchAhead<A>(f.Ahead(), f.dst);
+            for (int32_t i = 0; i < kGroup && left > 0; ++i, --left) f.template Block<Store>();
+        }
     }
 }
 

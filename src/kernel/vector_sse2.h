@@ -39,6 +39,12 @@ namespace zenk::ZENK_ISA {
 
 struct Sse2 {
     using V = __m128i;
+    // One 128-bit lane; the wider layers have the same operations over
+    // several (vector_avx2.h), and the kernels are written for either.
+    static constexpr int kLanes = 1;
+    static constexpr int kActiveLanes = 1;
+    template <int>
+    using WithLanes = Sse2;
 
     // ---- Loads: 16 bytes at any address, the low 8/4/2 bytes (rest zero).
     ZENK_VECTOR_OP V LoadU(const void* p) { return _mm_loadu_si128(static_cast<const V*>(p)); }
@@ -64,6 +70,19 @@ struct Sse2 {
         std::memcpy(p, &bits, 4);
     }
     ZENK_VECTOR_OP int32_t Low32(V v) { return _mm_cvtsi128_si32(v); }
+
+    // ---- The lane-wise forms the kernels are written in: a stream that
+    // moves `step` bytes per block puts a wider layer's next lane there; one
+    // lane has no next. Put stores through a store policy (kernel.h).
+    ZENK_VECTOR_OP V LoadU(const void* p, int32_t) { return LoadU(p); }
+    ZENK_VECTOR_OP V Load64(const void* p, int32_t) { return Load64(p); }
+    ZENK_VECTOR_OP V Load32(const void* p, int32_t) { return Load32(p); }
+    ZENK_VECTOR_OP V Load16(const void* p, int32_t) { return Load16(p); }
+    template <class Store>
+    ZENK_VECTOR_OP void Put(void* p, V v, int32_t) { Store::Store(p, v); }
+    ZENK_VECTOR_OP void Put64(void* p, V v, int32_t) { Store64(p, v); }
+    ZENK_VECTOR_OP void Put32(void* p, V v, int32_t) { Store32(p, v); }
+    ZENK_VECTOR_OP V Broadcast(V lane) { return lane; }
 
     // ---- Constants, repeated over every 16/32/64-bit element.
     ZENK_VECTOR_OP V Zero() { return _mm_setzero_si128(); }

@@ -12,18 +12,17 @@ namespace zenk::ZENK_ISA::yuv_to_rgb {
 // The coefficient block and its setup are the same at every level.
 using namespace ::zenk::yuv_to_rgb;
 
-// Written on the vector layer's operations; S names the layer this family
-// is built for.
-using S = Sse2;
-using V = S::V;
+// Written on the vector layer: S is Sse2 or a wider layer whose lanes each
+// hold what an Sse2 register holds.
 
 // Eight pixels as the unpacking leaves them: chroma words Cb0, Cr0, Cb1, Cr1,
 // ..., Cb3, Cr3 (pair k belongs to pixels 2k and 2k+1), luma words Y0..Y7,
 // and, for sources with an alpha plane, alpha words A0..A7.
+template <class S>
 struct YuvWords {
-    V chroma;
-    V luma;
-    V alpha;
+    typename S::V chroma;
+    typename S::V luma;
+    typename S::V alpha;
 };
 
 // B, G and R of eight pixels as words, saturated to signed 16 bits (the byte
@@ -32,14 +31,17 @@ struct YuvWords {
 // then meets the luma terms of both its pixels where it lies, without being
 // spread to pixel order first; PackBgra restores pixel order once for all
 // four components.
+template <class S>
 struct BgrWords {
-    V b, g, r;
+    typename S::V b, g, r;
 };
 
 // Eight words from pixel order to the even-first order of BgrWords.
-ZENK_ARITHMETIC V EvenFirst(V words) {
-    const V pairs = S::ShuffleHi16<Pick(0, 2, 1, 3)>(S::ShuffleLo16<Pick(0, 2, 1, 3)>(words));  // 0 2 1 3 4 6 5 7
-    return S::Shuffle32<Pick(0, 2, 1, 3)>(pairs);  // 0 2 4 6 1 3 5 7
+template <class S>
+ZENK_ARITHMETIC typename S::V EvenFirst(typename S::V words) {
+    const auto pairs = S::template ShuffleHi16<Pick(0, 2, 1, 3)>(
+        S::template ShuffleLo16<Pick(0, 2, 1, 3)>(words));  // 0 2 1 3 4 6 5 7
+    return S::template Shuffle32<Pick(0, 2, 1, 3)>(pairs);  // 0 2 4 6 1 3 5 7
 }
 
 // How a BGR32 kernel fills the fourth byte.
@@ -50,13 +52,11 @@ enum class AlphaForm {
     kNone,    // BGR24: no fourth byte
 };
 
-// The per-call constants of a kernel, on its stack: the coefficient vectors
-// filled by SetupYuvToRgbCoefficients and the constant alpha words.
-struct DecodeConstants {
-    V luma_offset, luma_gain, blue, red, green, unused0, unused1, clamp_low, clamp_high;
-    V alpha;
+// The coefficient vectors of one call, filled by SetupYuvToRgbCoefficients.
+struct CoefficientVectors {
+    __m128i luma_offset, luma_gain, blue, red, green, unused0, unused1, clamp_low, clamp_high;
 
-    DecodeConstants(const Request& r, AlphaForm form) {
+    explicit CoefficientVectors(const Request& r) {
         YuvToRgbCoefficients block{};
         block.matrix = static_cast<uint32_t>(r.dst_matrix);
         block.range = static_cast<uint32_t>(r.dst_range);
@@ -74,9 +74,29 @@ struct DecodeConstants {
         block.clampLow = &clamp_low;
         block.clampHigh = &clamp_high;
         SetupYuvToRgbCoefficients(&block);
+    }
+};
+
+// The per-call constants of a kernel, in every lane, and the constant alpha
+// words.
+template <class S>
+struct DecodeConstants {
+    using V = typename S::V;
+    V luma_offset, luma_gain, blue, red, green, clamp_low, clamp_high;
+    V alpha;
+
+    DecodeConstants(const Request& r, AlphaForm form) {
+        const CoefficientVectors c(r);
+        luma_offset = S::Broadcast(c.luma_offset);
+        luma_gain = S::Broadcast(c.luma_gain);
+        blue = S::Broadcast(c.blue);
+        red = S::Broadcast(c.red);
+        green = S::Broadcast(c.green);
+        clamp_low = S::Broadcast(c.clamp_low);
+        clamp_high = S::Broadcast(c.clamp_high);
         switch (form) {
             case AlphaForm::kWord: alpha = S::Set16(static_cast<int16_t>(r.alpha_value)); break;
-            case AlphaForm::kDword: alpha = EvenFirst(S::Set32(r.alpha_value)); break;
+            case AlphaForm::kDword: alpha = EvenFirst<S>(S::Set32(r.alpha_value)); break;
             case AlphaForm::kPlane:
             case AlphaForm::kNone: alpha = S::Zero(); break;
         }
@@ -92,18 +112,19 @@ struct DecodeConstants {
 // the word; hosts depend on the wrap of negative Yd that this gives) and Yd'
 // of an odd pixel is its full signed Yd. Chroma is repeated for both pixels
 // of a pair.
-ZENK_ARITHMETIC BgrWords Decode8(const DecodeConstants& k, const YuvWords& w) {
-    const V chroma = S::Shl16<1>(S::Sub16(w.chroma, S::Set16(128)));
-    const V yd =
-        S::Sub16(S::Min16(S::Max16(w.luma, k.clamp_low), k.clamp_high), k.luma_offset);
+template <class S, class K>
+ZENK_ARITHMETIC BgrWords<S> Decode8(const K& k, const YuvWords<S>& w) {
+    using V = typename S::V;
+    const V chroma = S::template Shl16<1>(S::Sub16(w.chroma, S::Set16(128)));
+    const V yd = S::Sub16(S::Min16(S::Max16(w.luma, k.clamp_low), k.clamp_high), k.luma_offset);
     const V half = S::Set32(8192);
     // Luma terms of pixels 0, 2, 4, 6 and of pixels 1, 3, 5, 7: dword k of
     // each lies beside chroma pair k.
     const V even = S::Add32(S::MulAdd16(S::And(yd, S::Set32(0xFF)), k.luma_gain), half);
-    const V odd = S::Add32(S::MulAdd16(S::Sar32<16>(yd), k.luma_gain), half);
+    const V odd = S::Add32(S::MulAdd16(S::template Sar32<16>(yd), k.luma_gain), half);
     auto component = [&](V coef) {
         const V t = S::MulAdd16(chroma, coef);  // one term per chroma pair
-        return S::PackS32To16(S::Sar32<14>(S::Add32(t, even)), S::Sar32<14>(S::Add32(t, odd)));
+        return S::PackS32To16(S::template Sar32<14>(S::Add32(t, even)), S::template Sar32<14>(S::Add32(t, odd)));
     };
     return {component(k.blue), component(k.green), component(k.red)};
 }
@@ -111,13 +132,15 @@ ZENK_ARITHMETIC BgrWords Decode8(const DecodeConstants& k, const YuvWords& w) {
 // Eight BGRA pixels in two vectors (pixels 0..3, 4..7). The alpha words come
 // in the even-first order of the colour (EvenFirst) and are saturated to
 // 0..255 as signed words, like the colour.
-ZENK_ARITHMETIC void PackBgra(const BgrWords& c, V alpha_words, V out[2]) {
-    const V br = S::PackS16ToU8(c.b, c.r);             // B0 B2 .. B7, R0 R2 .. R7
-    const V ga = S::PackS16ToU8(c.g, alpha_words);     // G0 G2 .. G7, A0 A2 .. A7
-    const V bg = S::Lo8(br, ga);              // B0 G0 B2 G2 ...
-    const V ra = S::Hi8(br, ga);              // R0 A0 R2 A2 ...
-    const V even = S::Lo16(bg, ra);           // pixels 0, 2, 4, 6
-    const V odd = S::Hi16(bg, ra);            // pixels 1, 3, 5, 7
+template <class S>
+ZENK_ARITHMETIC void PackBgra(const BgrWords<S>& c, typename S::V alpha_words, typename S::V out[2]) {
+    using V = typename S::V;
+    const V br = S::PackS16ToU8(c.b, c.r);          // B0 B2 .. B7, R0 R2 .. R7
+    const V ga = S::PackS16ToU8(c.g, alpha_words);  // G0 G2 .. G7, A0 A2 .. A7
+    const V bg = S::Lo8(br, ga);                    // B0 G0 B2 G2 ...
+    const V ra = S::Hi8(br, ga);                    // R0 A0 R2 A2 ...
+    const V even = S::Lo16(bg, ra);                 // pixels 0, 2, 4, 6
+    const V odd = S::Hi16(bg, ra);                  // pixels 1, 3, 5, 7
     out[0] = S::Lo32(even, odd);
     out[1] = S::Hi32(even, odd);
 }

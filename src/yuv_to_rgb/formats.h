@@ -20,7 +20,6 @@ inline int32_t Bgr24HeadPairs(const uint8_t* line) {
     return kBgr24HeadPairs[(reinterpret_cast<uintptr_t>(line) >> 1) & 7];
 }
 
-
 // ---- Sources ------------------------------------------------------------------------
 
 // Running source pointers: the packed line or the luma plane, the chroma
@@ -31,34 +30,47 @@ struct SourceCursor {
     const uint8_t* alpha;
 };
 
-inline V Widen(V bytes) { return S::Lo8(bytes, S::Zero()); }
+// A source's Block<S>(s, calls) reads one block of eight pixels (each lane
+// of a wider layer the block `calls` blocks on: a destination block may
+// take several) and moves the cursor on by one; Skip(s, blocks) moves it on
+// by the blocks the other lanes read. Pair<S>(s) reads one pixel pair.
+
+template <class S>
+ZENK_ARITHMETIC typename S::V Widen(typename S::V bytes) { return S::Lo8(bytes, S::Zero()); }
 
 // Packed 4:2:2 words (kernel/pixel_packing.h) as YuvWords, without alpha.
-inline YuvWords FromPacked(const Words422<S>& w) { return {w.chroma, w.luma, S::Zero()}; }
+template <class S>
+ZENK_ARITHMETIC YuvWords<S> FromPacked(const Words422<S>& w) { return {w.chroma, w.luma, S::Zero()}; }
 
 struct UyvyUnpack {
-    static YuvWords Words(V v) { return FromPacked(UnpackUyvy<S>(v)); }
+    template <class S>
+    static YuvWords<S> Words(typename S::V v) { return FromPacked<S>(UnpackUyvy<S>(v)); }
 };
 struct YuyvUnpack {
-    static YuvWords Words(V v) { return FromPacked(UnpackYuyv<S>(v)); }
+    template <class S>
+    static YuvWords<S> Words(typename S::V v) { return FromPacked<S>(UnpackYuyv<S>(v)); }
 };
 // Cb, Cr, Y0, Y1: the two middle bytes of each pair change places, which
 // gives the UYVY16I order Cb, Y0, Cr, Y1.
 struct UvyyUnpack {
-    static YuvWords Words(V v) { return UyvyUnpack::Words(ExchangeMiddleBytes<S>(v)); }
+    template <class S>
+    static YuvWords<S> Words(typename S::V v) { return UyvyUnpack::Words<S>(ExchangeMiddleBytes<S>(v)); }
 };
 
 // One plane of 2-byte pixels; a block is 16 bytes, a pair 4.
 template <class Unpack>
 struct PackedSource {
     static SourceCursor Start(const Request&, const uint8_t* line) { return {line, nullptr, nullptr}; }
-    static YuvWords Block(SourceCursor& s) {
-        const YuvWords w = Unpack::Words(S::LoadU(s.pixels));
+    template <class S>
+    static YuvWords<S> Block(SourceCursor& s, int32_t calls) {
+        const YuvWords<S> w = Unpack::template Words<S>(S::LoadU(s.pixels, 16 * calls));
         s.pixels += 16;
         return w;
     }
-    static YuvWords Pair(SourceCursor& s) {
-        const YuvWords w = Unpack::Words(S::Load32(s.pixels));
+    static void Skip(SourceCursor& s, int32_t blocks) { s.pixels += 16 * blocks; }
+    template <class S>
+    static YuvWords<S> Pair(SourceCursor& s) {
+        const YuvWords<S> w = Unpack::template Words<S>(S::Load32(s.pixels, 0));
         s.pixels += 4;
         return w;
     }
@@ -78,14 +90,21 @@ inline const uint8_t* ChromaLine(const Request& r, const uint8_t* luma_line) {
 // planes share the skip.
 struct PlanarSource {
     static SourceCursor Start(const Request& r, const uint8_t* line) { return {line, ChromaLine(r, line), nullptr}; }
-    static YuvWords Block(SourceCursor& s) {
-        const YuvWords w = {Widen(S::Load64(s.chroma)), Widen(S::Load64(s.pixels)), S::Zero()};
+    template <class S>
+    static YuvWords<S> Block(SourceCursor& s, int32_t calls) {
+        const YuvWords<S> w = {Widen<S>(S::Load64(s.chroma, 8 * calls)), Widen<S>(S::Load64(s.pixels, 8 * calls)),
+                               S::Zero()};
         s.pixels += 8;
         s.chroma += 8;
         return w;
     }
-    static YuvWords Pair(SourceCursor& s) {
-        const YuvWords w = {Widen(S::Load16(s.chroma)), Widen(S::Load16(s.pixels)), S::Zero()};
+    static void Skip(SourceCursor& s, int32_t blocks) {
+        s.pixels += 8 * blocks;
+        s.chroma += 8 * blocks;
+    }
+    template <class S>
+    static YuvWords<S> Pair(SourceCursor& s) {
+        const YuvWords<S> w = {Widen<S>(S::Load16(s.chroma, 0)), Widen<S>(S::Load16(s.pixels, 0)), S::Zero()};
         s.pixels += 2;
         s.chroma += 2;
         return w;
@@ -104,15 +123,21 @@ struct WithAlphaPlane {
         s.alpha = r.src_alpha_plane;
         return s;
     }
-    static YuvWords Block(SourceCursor& s) {
-        YuvWords w = Colour::Block(s);
-        w.alpha = Widen(S::Load64(s.alpha));
+    template <class S>
+    static YuvWords<S> Block(SourceCursor& s, int32_t calls) {
+        YuvWords<S> w = Colour::template Block<S>(s, calls);
+        w.alpha = Widen<S>(S::Load64(s.alpha, 8 * calls));
         s.alpha += 8;
         return w;
     }
-    static YuvWords Pair(SourceCursor& s) {
-        YuvWords w = Colour::Pair(s);
-        w.alpha = Widen(S::Load16(s.alpha));
+    static void Skip(SourceCursor& s, int32_t blocks) {
+        Colour::Skip(s, blocks);
+        s.alpha += 8 * blocks;
+    }
+    template <class S>
+    static YuvWords<S> Pair(SourceCursor& s) {
+        YuvWords<S> w = Colour::template Pair<S>(s);
+        w.alpha = Widen<S>(S::Load16(s.alpha, 0));
         s.alpha += 2;
         return w;
     }
@@ -124,30 +149,35 @@ struct WithAlphaPlane {
 
 // ---- Destinations -------------------------------------------------------------------
 
+// A destination's Block<S, Src, Store>(k, s, d) converts one block in each
+// active lane of S; Pair<S, Src>(k, s, d) one pixel pair.
+
 template <AlphaForm kForm>
 struct Bgr32 {
     static constexpr AlphaForm kAlpha = kForm;
     static constexpr int kBlockShift = 3;  // blocks of 8 pixels
 
-    static V AlphaWords(const DecodeConstants& k, const YuvWords& w) {
-        return kForm == AlphaForm::kPlane ? EvenFirst(w.alpha) : k.alpha;
+    template <class S, class K>
+    static typename S::V AlphaWords(const K& k, const YuvWords<S>& w) {
+        return kForm == AlphaForm::kPlane ? EvenFirst<S>(w.alpha) : k.alpha;
     }
     static int32_t HeadPairs(const uint8_t* d) { return Bgr32HeadPairs(d); }
-    template <class Src, class Store>
-    static void Block(const DecodeConstants& k, SourceCursor& s, uint8_t*& d) {
-        const YuvWords w = Src::Block(s);
-        V px[2];
-        PackBgra(Decode8(k, w), AlphaWords(k, w), px);
-        Store::Store(d, px[0]);
-        Store::Store(d + 16, px[1]);
-        d += 32;
+    template <class S, class Src, class Store, class K>
+    static void Block(const K& k, SourceCursor& s, uint8_t*& d) {
+        const YuvWords<S> w = Src::template Block<S>(s, 1);
+        typename S::V px[2];
+        PackBgra<S>(Decode8<S>(k, w), AlphaWords<S>(k, w), px);
+        S::template Put<Store>(d, px[0], 32);
+        S::template Put<Store>(d + 16, px[1], 32);
+        d += 32 * S::kActiveLanes;
+        Src::Skip(s, S::kActiveLanes - 1);
     }
-    template <class Src>
-    static void Pair(const DecodeConstants& k, SourceCursor& s, uint8_t*& d) {
-        const YuvWords w = Src::Pair(s);
-        V px[2];
-        PackBgra(Decode8(k, w), AlphaWords(k, w), px);
-        S::Store64(d, px[0]);
+    template <class S, class Src, class K>
+    static void Pair(const K& k, SourceCursor& s, uint8_t*& d) {
+        const YuvWords<S> w = Src::template Pair<S>(s);
+        typename S::V px[2];
+        PackBgra<S>(Decode8<S>(k, w), AlphaWords<S>(k, w), px);
+        S::Put64(d, px[0], 0);
         d += 8;
     }
 };
@@ -157,37 +187,40 @@ struct Bgr24 {
     static constexpr int kBlockShift = 4;  // blocks of 16 pixels
 
     static int32_t HeadPairs(const uint8_t* d) { return Bgr24HeadPairs(d); }
-    template <class Src, class Store>
-    static void Block(const DecodeConstants& k, SourceCursor& s, uint8_t*& d) {
-        V px[4];
-        PackBgra(Decode8(k, Src::Block(s)), k.alpha, px);
-        PackBgra(Decode8(k, Src::Block(s)), k.alpha, px + 2);
-        V out[3];
+    template <class S, class Src, class Store, class K>
+    static void Block(const K& k, SourceCursor& s, uint8_t*& d) {
+        typename S::V px[4];
+        PackBgra<S>(Decode8<S>(k, Src::template Block<S>(s, 2)), k.alpha, px);
+        PackBgra<S>(Decode8<S>(k, Src::template Block<S>(s, 2)), k.alpha, px + 2);
+        typename S::V out[3];
         PackBgr24<S>(px, out);
-        Store::Store(d, out[0]);
-        Store::Store(d + 16, out[1]);
-        Store::Store(d + 32, out[2]);
-        d += 48;
+        S::template Put<Store>(d, out[0], 48);
+        S::template Put<Store>(d + 16, out[1], 48);
+        S::template Put<Store>(d + 32, out[2], 48);
+        d += 48 * S::kActiveLanes;
+        Src::Skip(s, 2 * (S::kActiveLanes - 1));
     }
     // Two pixels are six bytes: a 4-byte store at d and one at d + 2, which
     // overlap by two bytes, so that nothing past the pair is touched.
-    template <class Src>
-    static void Pair(const DecodeConstants& k, SourceCursor& s, uint8_t*& d) {
-        V px[2];
-        PackBgra(Decode8(k, Src::Pair(s)), k.alpha, px);
-        const V six = PackFourBgr<S>(px[0]);
-        S::Store32(d, six);
-        S::Store32(d + 2, S::ShrBytes<2>(six));
+    template <class S, class Src, class K>
+    static void Pair(const K& k, SourceCursor& s, uint8_t*& d) {
+        typename S::V px[2];
+        PackBgra<S>(Decode8<S>(k, Src::template Pair<S>(s)), k.alpha, px);
+        const auto six = PackFourBgr<S>(px[0]);
+        S::Put32(d, six, 0);
+        S::Put32(d + 2, S::template ShrBytes<2>(six), 0);
         d += 6;
     }
 };
 
 // ---- The line format ------------------------------------------------------------------
 
-// One line: pairs of pixels, blocks of Dst's pixels. Aligned kernels convert
-// whole blocks; a line shorter than kSinglesBelow pixels goes in pairs.
-template <class Src, class Dst, int32_t kSinglesBelowPixels>
+// One line on the vector layer Vec: pairs of pixels, blocks of Dst's pixels.
+// Aligned kernels convert whole blocks; a line shorter than kSinglesBelow
+// pixels goes in pairs. A wider layer converts a block in each lane at once.
+template <class Vec, class Src, class Dst, int32_t kSinglesBelowPixels>
 struct Line {
+    using Vector = Vec;
     static constexpr int32_t kUnitPixels = 2, kBlockUnits = (1 << Dst::kBlockShift) / 2;
     static constexpr int32_t kSinglesBelow = kSinglesBelowPixels, kPrefetchEvery = 0;
     static constexpr MisalignedLine kMisaligned = MisalignedLine::kBlocksUnaligned;
@@ -195,27 +228,27 @@ struct Line {
 
     int32_t HeadUnits() const { return Dst::HeadPairs(dst); }
     const void* Ahead() const { return s.pixels; }
-    template <class Store>
+    template <class Store, class Lanes = Vec>
     void Block() {
-        Dst::template Block<Src, Store>(k, s, dst);
+        Dst::template Block<Lanes, Src, Store>(k, s, dst);
     }
-    void Single() { Dst::template Pair<Src>(k, s, dst); }
+    void Single() { Dst::template Pair<typename Vec::template WithLanes<1>, Src>(k, s, dst); }
     void NextLine(const Request& r) {
         Src::NextLine(s, r);
         dst = Advance(dst, r.dst_skip);
     }
 
-    const DecodeConstants& k;
+    const DecodeConstants<Vec>& k;
     SourceCursor s;
     uint8_t* dst;
 };
 
 // Frame kernels walk the picture with one running pointer per plane and the
 // request's skips.
-template <class Src, class Dst, class A>
+template <class Vec, class Src, class Dst, class A>
 ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
-    const DecodeConstants k(*r, Dst::kAlpha);
-    Line<Src, Dst, 16> line{k, Src::Start(*r, r->src_plane), r->dst_plane};
+    const DecodeConstants<Vec> k(*r, Dst::kAlpha);
+    Line<Vec, Src, Dst, 16> line{k, Src::Start(*r, r->src_plane), r->dst_plane};
     WalkFrame<decltype(line), A>(line, *r);
 }
 
@@ -223,10 +256,10 @@ ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
 // and run the destination on from the end of each line by dst_skip. Lines
 // are split like those of the unaligned kernels, except that a line shorter
 // than 8 pixels (not 16) goes in pairs.
-template <class Src, class Dst, class A>
+template <class Vec, class Src, class Dst, class A>
 ZENK_KERNEL_ENTRY void PairModeKernel(const Request* r) {
-    const DecodeConstants k(*r, Dst::kAlpha);
-    using L = Line<Src, Dst, 8>;
+    const DecodeConstants<Vec> k(*r, Dst::kAlpha);
+    using L = Line<Vec, Src, Dst, 8>;
     WalkPairModeFrame<L, A>(*r, [&](const uint8_t* src_line, uint8_t* dst) {
         return L{k, Src::Start(*r, src_line), dst};
     });

@@ -2,15 +2,19 @@
 #include "yuv_to_rgb_kernels.h"
 
 #include "formats.h"
+#include "kernel/vector.h"
 
 namespace zenk::ZENK_ISA::yuv_to_rgb {
 namespace {
+
+// The widest vector layer of this level.
+using Vec = Widest;
 
 // One pair-mode kernel serves all four variants of its column; its body
 // stores bypass the cache when the host asks for streaming stores.
 template <class Src, class Dst>
 constexpr Kernel kPairMode =
-    &StoresAsRequested<&PairModeKernel<Src, Dst, AnyCached>, &PairModeKernel<Src, Dst, AnyStreaming>>;
+    &StoresAsRequested<&PairModeKernel<Vec, Src, Dst, AnyCached>, &PairModeKernel<Vec, Src, Dst, AnyStreaming>>;
 
 using Uyvy = PackedSource<UyvyUnpack>;
 using Yuyv = PackedSource<YuyvUnpack>;
@@ -23,31 +27,31 @@ using PlaneAlpha = Bgr32<AlphaForm::kPlane>;
 // other three use the dword form.
 template <class Src>
 constexpr KernelQuad WordThenDwordAlpha() {
-    return {{&FrameKernel<Src, WordAlpha, AlignedCached>, &FrameKernel<Src, DwordAlpha, AlignedStreaming>,
-             &FrameKernel<Src, DwordAlpha, AnyCached>, &FrameKernel<Src, DwordAlpha, AnyStreaming>}};
+    return {{&FrameKernel<Vec, Src, WordAlpha, AlignedCached>, &FrameKernel<Vec, Src, DwordAlpha, AlignedStreaming>,
+             &FrameKernel<Vec, Src, DwordAlpha, AnyCached>, &FrameKernel<Vec, Src, DwordAlpha, AnyStreaming>}};
 }
 
 }  // namespace
 
 // This level's kernels of every decoding export.
 const Kernels kKernels = {
-    .uyvy_to_bgr32 = MakeKernelTable(ZENK_KERNEL_QUAD(FrameKernel, Uyvy, WordAlpha), kPairMode<Uyvy, WordAlpha>,
+    .uyvy_to_bgr32 = MakeKernelTable(ZENK_KERNEL_QUAD(FrameKernel, Vec, Uyvy, WordAlpha), kPairMode<Uyvy, WordAlpha>,
                                      kPairMode<Uyvy, WordAlpha>),
     .planar_to_bgr32 = MakeKernelTable(WordThenDwordAlpha<PlanarSource>(), kPairMode<PlanarSource, DwordAlpha>,
                                        kPairMode<PlanarSource, DwordAlpha>),
     .yuyv_to_bgr32 = WordThenDwordAlpha<Yuyv>(),
-    .uyvy_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Uyvy, Bgr24),
-    .yuyv_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Yuyv, Bgr24),
-    .uvyy_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Uvyy, Bgr24),
-    .planar_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, PlanarSource, Bgr24),
-    .yuyv_alpha_to_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, WithAlphaPlane<Yuyv>, PlaneAlpha),
-    .uyvy_alpha_to_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, WithAlphaPlane<Uyvy>, PlaneAlpha),
+    .uyvy_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Vec, Uyvy, Bgr24),
+    .yuyv_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Vec, Yuyv, Bgr24),
+    .uvyy_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Vec, Uvyy, Bgr24),
+    .planar_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Vec, PlanarSource, Bgr24),
+    .yuyv_alpha_to_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, Vec, WithAlphaPlane<Yuyv>, PlaneAlpha),
+    .uyvy_alpha_to_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, Vec, WithAlphaPlane<Uyvy>, PlaneAlpha),
     // Ordinary stores in every entry: use_streaming_stores chooses between
     // two identical kernels.
-    .planar_alpha_to_bgr32 = {{&FrameKernel<WithAlphaPlane<PlanarSource>, PlaneAlpha, AlignedCached>,
-                               &FrameKernel<WithAlphaPlane<PlanarSource>, PlaneAlpha, AlignedCached>,
-                               &FrameKernel<WithAlphaPlane<PlanarSource>, PlaneAlpha, AnyCached>,
-                               &FrameKernel<WithAlphaPlane<PlanarSource>, PlaneAlpha, AnyCached>}},
+    .planar_alpha_to_bgr32 = {{&FrameKernel<Vec, WithAlphaPlane<PlanarSource>, PlaneAlpha, AlignedCached>,
+                               &FrameKernel<Vec, WithAlphaPlane<PlanarSource>, PlaneAlpha, AlignedCached>,
+                               &FrameKernel<Vec, WithAlphaPlane<PlanarSource>, PlaneAlpha, AnyCached>,
+                               &FrameKernel<Vec, WithAlphaPlane<PlanarSource>, PlaneAlpha, AnyCached>}},
 };
 
 }  // namespace zenk::ZENK_ISA::yuv_to_rgb
