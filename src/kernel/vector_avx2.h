@@ -49,6 +49,10 @@ struct Avx2Lanes {
         return Gather(p, step, [](const uint8_t* b) { return Sse2::LoadU(b); });
     }
     ZENK_VECTOR_OP V Load64(const void* p, int32_t step) {
+        if constexpr (kActive == 2) {
+            // Both lanes' bytes in one load, then each to its lane.
+            if (step == 8) return _mm256_permute4x64_epi64(_mm256_zextsi128_si256(Sse2::LoadU(p)), 0xD8);
+        }
         return Gather(p, step, [](const uint8_t* b) { return Sse2::Load64(b); });
     }
     ZENK_VECTOR_OP V Load32(const void* p, int32_t step) {
@@ -73,6 +77,20 @@ struct Avx2Lanes {
         }
         Store::Store(b, Lane0(v));
         if constexpr (kActive == 2) Store::Store(b + step, Lane1(v));
+    }
+    // A block's bytes are the 32 of two registers, a and then b: lane j of
+    // each to p + 32 j. With both lanes filled that is two whole-register
+    // stores after two lane exchanges.
+    template <class Store>
+    ZENK_VECTOR_OP void PutPair(void* p, V a, V b) {
+        auto* bytes = static_cast<uint8_t*>(p);
+        if constexpr (kActive == 2 && !Store::kStreaming) {
+            _mm256_storeu_si256(reinterpret_cast<V*>(bytes), _mm256_permute2x128_si256(a, b, 0x20));
+            _mm256_storeu_si256(reinterpret_cast<V*>(bytes + 32), _mm256_permute2x128_si256(a, b, 0x31));
+        } else {
+            Put<Store>(bytes, a, 32);
+            Put<Store>(bytes + 16, b, 32);
+        }
     }
     ZENK_VECTOR_OP void Put64(void* p, V v, int32_t step) {
         auto* b = static_cast<uint8_t*>(p);

@@ -80,6 +80,11 @@ struct Sse2 {
     ZENK_VECTOR_OP V Load16(const void* p, int32_t) { return Load16(p); }
     template <class Store>
     ZENK_VECTOR_OP void Put(void* p, V v, int32_t) { Store::Store(p, v); }
+    template <class Store>
+    ZENK_VECTOR_OP void PutPair(void* p, V a, V b) {
+        Store::Store(p, a);
+        Store::Store(static_cast<uint8_t*>(p) + 16, b);
+    }
     ZENK_VECTOR_OP void Put64(void* p, V v, int32_t) { Store64(p, v); }
     ZENK_VECTOR_OP void Put32(void* p, V v, int32_t) { Store32(p, v); }
     ZENK_VECTOR_OP V Broadcast(V lane) { return lane; }

@@ -167,8 +167,7 @@ struct Bgr32 {
         const YuvWords<S> w = Src::template Block<S>(s, 1);
         typename S::V px[2];
         PackBgra<S>(Decode8<S>(k, w), AlphaWords<S>(k, w), px);
-        S::template Put<Store>(d, px[0], 32);
-        S::template Put<Store>(d + 16, px[1], 32);
+        S::template PutPair<Store>(d, px[0], px[1]);
         d += 32 * S::kActiveLanes;
         Src::Skip(s, S::kActiveLanes - 1);
     }
