@@ -64,6 +64,7 @@ struct Avx512Lanes {
         else
             return _mm512_extracti32x4_epi32(v, j);
     }
+    ZENK_VECTOR_OP __m128i Lane0(V v) { return Lane<0>(v); }
     template <class Each>
     ZENK_VECTOR_OP void Scatter(void* p, V v, int32_t step, Each each) {
         auto* b = static_cast<uint8_t*>(p);

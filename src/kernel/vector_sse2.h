@@ -88,6 +88,7 @@ struct Sse2 {
     ZENK_VECTOR_OP void Put64(void* p, V v, int32_t) { Store64(p, v); }
     ZENK_VECTOR_OP void Put32(void* p, V v, int32_t) { Store32(p, v); }
     ZENK_VECTOR_OP V Broadcast(V lane) { return lane; }
+    ZENK_VECTOR_OP V Lane0(V v) { return v; }
 
     // ---- Constants, repeated over every 16/32/64-bit element.
     ZENK_VECTOR_OP V Zero() { return _mm_setzero_si128(); }

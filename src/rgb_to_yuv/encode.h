@@ -3,8 +3,8 @@
 // are computed, and how they are laid out and clamped per destination
 // format. The kernels (rgb_to_yuv_kernels.cpp) only add the line walk.
 //
-// Written on the vector layer's operations; S names the layer this family
-// is built for.
+// Written on the vector layer: S is Sse2 or a wider layer whose lanes each
+// hold what an Sse2 register holds.
 #pragma once
 
 #include <cstring>
@@ -19,22 +19,14 @@ namespace zenk::ZENK_ISA::rgb_to_yuv {
 // The coefficient block and its setup are the same at every level.
 using namespace ::zenk::rgb_to_yuv;
 
-using S = Sse2;
-using V = S::V;
-
 // ---- Constants of one call -------------------------------------------------------------
 
-// The kernel's private constant set: the coefficient block's vectors, filled
-// once per call by SetupRgbToYuvCoefficients, and the fixed vectors of the
-// arithmetic.
-struct Encoder {
-    V luma_offset, luma_a, luma_b, chroma_a, chroma_b, chroma_c, chroma_d, luma_min, luma_max;
-    V round;           // four 32-bit lanes of 16384: half of the last unit
-    V chroma_offset;   // eight words of 128
-    V chroma_ceiling;  // eight words of 255
+// The coefficient block's vectors, filled once per call by
+// SetupRgbToYuvCoefficients.
+struct CoefficientVectors {
+    __m128i luma_offset, luma_a, luma_b, chroma_a, chroma_b, chroma_c, chroma_d, luma_min, luma_max;
 
-    explicit Encoder(const Request& r)
-        : round(S::Set32(1 << 14)), chroma_offset(S::Set16(128)), chroma_ceiling(S::Set16(255)) {
+    explicit CoefficientVectors(const Request& r) {
         RgbToYuvCoefficients block{static_cast<uint32_t>(r.dst_matrix),
                                    static_cast<uint32_t>(r.dst_range),
                                    8,
@@ -54,61 +46,98 @@ struct Encoder {
     }
 };
 
+// The kernel's private constant set, in every lane: the coefficient vectors
+// and the fixed vectors of the arithmetic.
+template <class S>
+struct Encoder {
+    using V = typename S::V;
+    V luma_offset, luma_a, luma_b, chroma_a, chroma_b, luma_min, luma_max;
+    V round;           // four 32-bit lanes of 16384: half of the last unit
+    V chroma_offset;   // eight words of 128
+    V chroma_ceiling;  // eight words of 255
+
+    explicit Encoder(const Request& r)
+        : round(S::Set32(1 << 14)), chroma_offset(S::Set16(128)), chroma_ceiling(S::Set16(255)) {
+        const CoefficientVectors c(r);
+        luma_offset = S::Broadcast(c.luma_offset);
+        luma_a = S::Broadcast(c.luma_a);
+        luma_b = S::Broadcast(c.luma_b);
+        chroma_a = S::Broadcast(c.chroma_a);
+        chroma_b = S::Broadcast(c.chroma_b);
+        luma_min = S::Broadcast(c.luma_min);
+        luma_max = S::Broadcast(c.luma_max);
+    }
+};
+
 // ---- Pixel pairs arranged for the multiply-adds -------------------------------------------
 
 // Four pixel pairs as two vectors of byte quads, one 32-bit lane a pair:
 // `first` holds (B0, G0, R0, B1), `second` holds (R0, B1, G1, R1). Lanes of
 // a single pair beyond the first are don't-cares.
+template <class S>
 struct Quads {
-    V first;
-    V second;
+    typename S::V first;
+    typename S::V second;
 };
-
-inline V Mask64(uint64_t lane) { return S::Set64(lane); }
 
 // Two BGRA pixels per 64-bit lane to their quads in the lane's low dword.
 // The fourth byte of each pixel is dropped.
-ZENK_ARITHMETIC V FirstQuads(V px) {
-    return S::Or(S::And(px, Mask64(0x00FFFFFF)),
-                        S::And(S::Shr64<8>(px), Mask64(0xFF000000)));  // B1
+template <class S>
+ZENK_ARITHMETIC typename S::V FirstQuads(typename S::V px) {
+    return S::Or(S::And(px, S::Set64(0x00FFFFFF)),
+                 S::And(S::template Shr64<8>(px), S::Set64(0xFF000000)));  // B1
 }
-ZENK_ARITHMETIC V SecondQuads(V px) {
-    return S::Or(S::And(S::Shr64<16>(px), Mask64(0x000000FF)),   // R0
-                        S::And(S::Shr64<24>(px), Mask64(0xFFFFFF00)));  // B1, G1, R1
+template <class S>
+ZENK_ARITHMETIC typename S::V SecondQuads(typename S::V px) {
+    return S::Or(S::And(S::template Shr64<16>(px), S::Set64(0x000000FF)),   // R0
+                 S::And(S::template Shr64<24>(px), S::Set64(0xFFFFFF00)));  // B1, G1, R1
 }
 
 // Dwords 0 and 2 of `a`, then dwords 0 and 2 of `b`.
-ZENK_ARITHMETIC V EvenDwords(V a, V b) {
-    return S::Lo64(S::Shuffle32<Pick(0, 2, 1, 3)>(a),
-                              S::Shuffle32<Pick(0, 2, 1, 3)>(b));
+template <class S>
+ZENK_ARITHMETIC typename S::V EvenDwords(typename S::V a, typename S::V b) {
+    return S::Lo64(S::template Shuffle32<Pick(0, 2, 1, 3)>(a), S::template Shuffle32<Pick(0, 2, 1, 3)>(b));
 }
 
 // Four pairs of BGRA pixels, two pairs in each vector.
-ZENK_ARITHMETIC Quads QuadsFromBgr32(V pairs01, V pairs23) {
-    return {EvenDwords(FirstQuads(pairs01), FirstQuads(pairs23)),
-            EvenDwords(SecondQuads(pairs01), SecondQuads(pairs23))};
+template <class S>
+ZENK_ARITHMETIC Quads<S> QuadsFromBgr32(typename S::V pairs01, typename S::V pairs23) {
+    return {EvenDwords<S>(FirstQuads<S>(pairs01), FirstQuads<S>(pairs23)),
+            EvenDwords<S>(SecondQuads<S>(pairs01), SecondQuads<S>(pairs23))};
 }
 
 // ---- Sources: where the pixels of a pair come from ------------------------------------------
+
+// Block<S>(s) reads four pairs from s (each further lane of a wider layer
+// the next kBlockBytes on); Pair<S>(s) one pair.
 
 // Frame modes and line doubling: every BGR32 pixel, a pair per 8 bytes.
 struct Bgr32Pixels {
     static constexpr int kPairBytes = 8;
     static constexpr int kBlockBytes = 32;
-    static Quads Block(const uint8_t* s) { return QuadsFromBgr32(S::LoadU(s), S::LoadU(s + 16)); }
-    static Quads Pair(const uint8_t* s) { return QuadsFromBgr32(S::Load64(s), S::Zero()); }
+    template <class S>
+    static Quads<S> Block(const uint8_t* s) {
+        return QuadsFromBgr32<S>(S::LoadU(s, kBlockBytes), S::LoadU(s + 16, kBlockBytes));
+    }
+    template <class S>
+    static Quads<S> Pair(const uint8_t* s) { return QuadsFromBgr32<S>(S::Load64(s, 0), S::Zero()); }
 };
 
 // Reduction by 2: pixels 0 and 2 of every four form the pair.
 struct Bgr32EverySecond {
     static constexpr int kPairBytes = 16;
     static constexpr int kBlockBytes = 64;
-    static V Pixels02(const uint8_t* s) { return S::Shuffle32<Pick(0, 2, 1, 3)>(S::LoadU(s)); }
-    static Quads Block(const uint8_t* s) {
-        return QuadsFromBgr32(S::Lo64(Pixels02(s), Pixels02(s + 16)),
-                              S::Lo64(Pixels02(s + 32), Pixels02(s + 48)));
+    template <class S>
+    static typename S::V Pixels02(const uint8_t* s, int32_t step) {
+        return S::template Shuffle32<Pick(0, 2, 1, 3)>(S::LoadU(s, step));
     }
-    static Quads Pair(const uint8_t* s) { return QuadsFromBgr32(Pixels02(s), S::Zero()); }
+    template <class S>
+    static Quads<S> Block(const uint8_t* s) {
+        return QuadsFromBgr32<S>(S::Lo64(Pixels02<S>(s, kBlockBytes), Pixels02<S>(s + 16, kBlockBytes)),
+                                 S::Lo64(Pixels02<S>(s + 32, kBlockBytes), Pixels02<S>(s + 48, kBlockBytes)));
+    }
+    template <class S>
+    static Quads<S> Pair(const uint8_t* s) { return QuadsFromBgr32<S>(Pixels02<S>(s, 0), S::Zero()); }
 };
 
 // Reduction by 4: pixels 0 and 4 of every eight, from two 8-byte loads 16
@@ -116,12 +145,17 @@ struct Bgr32EverySecond {
 struct Bgr32EveryFourth {
     static constexpr int kPairBytes = 32;
     static constexpr int kBlockBytes = 128;
-    static V Pixels04(const uint8_t* s) { return S::Lo32(S::Load64(s), S::Load64(s + 16)); }
-    static Quads Block(const uint8_t* s) {
-        return QuadsFromBgr32(S::Lo64(Pixels04(s), Pixels04(s + 32)),
-                              S::Lo64(Pixels04(s + 64), Pixels04(s + 96)));
+    template <class S>
+    static typename S::V Pixels04(const uint8_t* s, int32_t step) {
+        return S::Lo32(S::Load64(s, step), S::Load64(s + 16, step));
     }
-    static Quads Pair(const uint8_t* s) { return QuadsFromBgr32(Pixels04(s), S::Zero()); }
+    template <class S>
+    static Quads<S> Block(const uint8_t* s) {
+        return QuadsFromBgr32<S>(S::Lo64(Pixels04<S>(s, kBlockBytes), Pixels04<S>(s + 32, kBlockBytes)),
+                                 S::Lo64(Pixels04<S>(s + 64, kBlockBytes), Pixels04<S>(s + 96, kBlockBytes)));
+    }
+    template <class S>
+    static Quads<S> Pair(const uint8_t* s) { return QuadsFromBgr32<S>(Pixels04<S>(s, 0), S::Zero()); }
 };
 
 // BGR24: overlapping 8-byte loads put each pair at the bottom of a 64-bit
@@ -131,19 +165,23 @@ struct Bgr32EveryFourth {
 struct Bgr24Pixels {
     static constexpr int kPairBytes = 6;
     static constexpr int kBlockBytes = 24;
-    static Quads Block(const uint8_t* s) {
-        const V pairs01 = S::Lo64(S::Load64(s), S::Load64(s + 6));
-        const V pairs23 = S::Lo64(S::Load64(s + 12), S::Shr64<16>(S::Load64(s + 16)));
-        return {EvenDwords(pairs01, pairs23),
-                EvenDwords(S::Shr64<16>(pairs01), S::Shr64<16>(pairs23))};
+    template <class S>
+    static Quads<S> Block(const uint8_t* s) {
+        constexpr int32_t step = kBlockBytes;
+        const auto pairs01 = S::Lo64(S::Load64(s, step), S::Load64(s + 6, step));
+        const auto pairs23 = S::Lo64(S::Load64(s + 12, step), S::template Shr64<16>(S::Load64(s + 16, step)));
+        return {EvenDwords<S>(pairs01, pairs23),
+                EvenDwords<S>(S::template Shr64<16>(pairs01), S::template Shr64<16>(pairs23))};
     }
     // A single pair (in every BGR24 kernel, packed or planar) takes its
-    // second quad from the pair's bytes 8..11, not 2..5: R0 comes from the next pair's even pixel and G1, R1 from its odd
-    // pixel, and the read reaches 6 bytes past the pair. Hosts depend on the
-    // exact output of the head and tail pairs, so this is kept; a uniform
-    // line encodes the same either way.
-    static Quads Pair(const uint8_t* s) {
-        return {S::Load32(s), S::Load32(s + 8)};
+    // second quad from the pair's bytes 8..11, not 2..5: R0 comes from the
+    // next pair's even pixel and G1, R1 from its odd pixel, and the read
+    // reaches 6 bytes past the pair. Hosts depend on the exact output of the
+    // head and tail pairs, so this is kept; a uniform line encodes the same
+    // either way.
+    template <class S>
+    static Quads<S> Pair(const uint8_t* s) {
+        return {S::Load32(s, 0), S::Load32(s + 8, 0)};
     }
 };
 
@@ -152,26 +190,30 @@ struct Bgr24Pixels {
 // Eight words each: y = Y0..Y7 with the luma offset added, c = Cb0, Cr0,
 // Cb1, Cr1, ... with 128 added and at most 255. Cb is the even pixel's and
 // Cr the odd pixel's: chroma is point-sampled, not averaged.
+template <class S>
 struct Encoded {
-    V y;
-    V c;
+    typename S::V y;
+    typename S::V c;
 };
 
-ZENK_ARITHMETIC V Weigh(const Encoder& k, V first, V second, V weights_a, V weights_b) {
-    const V sum = S::Add32(S::MulAdd16(first, weights_a), S::MulAdd16(second, weights_b));
-    return S::Sar32<15>(S::Add32(sum, k.round));
+template <class S, class K>
+ZENK_ARITHMETIC typename S::V Weigh(const K& k, typename S::V first, typename S::V second, typename S::V weights_a,
+                                    typename S::V weights_b) {
+    const auto sum = S::Add32(S::MulAdd16(first, weights_a), S::MulAdd16(second, weights_b));
+    return S::template Sar32<15>(S::Add32(sum, k.round));
 }
 
-ZENK_ARITHMETIC Encoded Encode(const Encoder& k, const Quads& q) {
-    const V zero = S::Zero();
-    const V first01 = S::Lo8(q.first, zero), first23 = S::Hi8(q.first, zero);
-    const V second01 = S::Lo8(q.second, zero), second23 = S::Hi8(q.second, zero);
-    V y = S::PackS32To16(Weigh(k, first01, second01, k.luma_a, k.luma_b),
-                                Weigh(k, first23, second23, k.luma_a, k.luma_b));
+template <class S, class K>
+ZENK_ARITHMETIC Encoded<S> Encode(const K& k, const Quads<S>& q) {
+    const auto zero = S::Zero();
+    const auto first01 = S::Lo8(q.first, zero), first23 = S::Hi8(q.first, zero);
+    const auto second01 = S::Lo8(q.second, zero), second23 = S::Hi8(q.second, zero);
+    auto y = S::PackS32To16(Weigh<S>(k, first01, second01, k.luma_a, k.luma_b),
+                            Weigh<S>(k, first23, second23, k.luma_a, k.luma_b));
     // Byte-wise: the weights keep luma within 0..255, so nothing wraps.
     y = S::Add8(y, k.luma_offset);
-    V c = S::PackS32To16(Weigh(k, first01, second01, k.chroma_a, k.chroma_b),
-                                Weigh(k, first23, second23, k.chroma_a, k.chroma_b));
+    auto c = S::PackS32To16(Weigh<S>(k, first01, second01, k.chroma_a, k.chroma_b),
+                            Weigh<S>(k, first23, second23, k.chroma_a, k.chroma_b));
     // The weights cannot take chroma below -128, so only the top is limited.
     c = S::Min16(S::Add16(c, k.chroma_offset), k.chroma_ceiling);
     return {y, c};
@@ -179,20 +221,23 @@ ZENK_ARITHMETIC Encoded Encode(const Encoder& k, const Quads& q) {
 
 // Line doubling: each pixel repeated, the pair's chroma with both copies.
 // Four source pairs become eight output pairs, returned as two sets of four.
-inline void Double(const Encoded& e, Encoded& low, Encoded& high) {
+template <class S>
+inline void Double(const Encoded<S>& e, Encoded<S>& low, Encoded<S>& high) {
     low = {S::Lo16(e.y, e.y), S::Lo32(e.c, e.c)};
     high = {S::Hi16(e.y, e.y), S::Hi32(e.c, e.c)};
 }
 
 // ---- Destinations -----------------------------------------------------------------------------
 
-template <int kBytes>
-inline void StoreLow(uint8_t* p, V v) {
+template <class S, int kBytes>
+inline void StoreLow(uint8_t* p, typename S::V v) {
     if constexpr (kBytes == 8) {
-        S::Store64(p, v);
+        S::Put64(p, v, 0);
+    } else if constexpr (kBytes == 4) {
+        S::Put32(p, v, 0);
     } else {
-        static_assert(kBytes == 2 || kBytes == 4);
-        const uint32_t bits = static_cast<uint32_t>(S::Low32(v));
+        static_assert(kBytes == 2);
+        const uint32_t bits = static_cast<uint32_t>(Sse2::Low32(S::Lane0(v)));
         std::memcpy(p, &bits, kBytes);
     }
 }
@@ -200,13 +245,16 @@ inline void StoreLow(uint8_t* p, V v) {
 // Byte orders of the packed layouts. Interleave turns eight luma words and
 // eight chroma words into 16 bytes of four pixel pairs.
 struct UyvyOrder {  // Cb, Y0, Cr, Y1
-    static V Interleave(V y, V c) { return S::Or(S::Shl16<8>(y), c); }
+    template <class S>
+    static typename S::V Interleave(typename S::V y, typename S::V c) { return S::Or(S::template Shl16<8>(y), c); }
 };
 struct YuyvOrder {  // Y0, Cb, Y1, Cr
-    static V Interleave(V y, V c) { return S::Or(y, S::Shl16<8>(c)); }
+    template <class S>
+    static typename S::V Interleave(typename S::V y, typename S::V c) { return S::Or(y, S::template Shl16<8>(c)); }
 };
 struct UvyyOrder {  // Cb, Cr, Y0, Y1
-    static V Interleave(V y, V c) {
+    template <class S>
+    static typename S::V Interleave(typename S::V y, typename S::V c) {
         return S::PackS16ToU8(S::Lo32(c, y), S::Hi32(c, y));
     }
 };
@@ -214,18 +262,25 @@ struct UvyyOrder {  // Cb, Cr, Y0, Y1
 // Byte-wise clamp vectors of a layout: the layout's own interleave of
 // (lumaMin, 0) and (lumaMax, 255), so luma bytes get the luma limits and
 // chroma bytes 0..255.
+template <class S>
 struct ByteClamp {
-    V low, high;
-    V Apply(V v) const { return S::MinU8(S::MaxU8(v, low), high); }
+    typename S::V low, high;
+    typename S::V Apply(typename S::V v) const { return S::MinU8(S::MaxU8(v, low), high); }
 };
 
-template <class Order>
-inline ByteClamp MakeByteClamp(const Encoder& k) {
-    return {Order::Interleave(k.luma_min, S::Zero()), Order::Interleave(k.luma_max, k.chroma_ceiling)};
+template <class S, class Order>
+inline ByteClamp<S> MakeByteClamp(const Encoder<S>& k) {
+    return {Order::template Interleave<S>(k.luma_min, S::Zero()),
+            Order::template Interleave<S>(k.luma_max, k.chroma_ceiling)};
 }
 
+// A layout's Block<L, Store>(c, e, calls) writes one block of four pairs
+// (each further lane of L the block `calls` blocks on: doubling writes two
+// per source block) and moves the cursor on by one; Skip moves it on by the
+// blocks the other lanes wrote. Pairs<L, n> writes n pairs.
+
 // A packed 4:2:2 destination: four bytes a pair, one plane.
-template <class Order>
+template <class S, class Order>
 struct PackedLayout {
     struct Cursor {
         uint8_t* dst;
@@ -235,22 +290,24 @@ struct PackedLayout {
     // 16-byte stores need a 16-byte aligned destination after the head.
     static constexpr bool kAlignedBody = true;
 
-    explicit PackedLayout(const Encoder& k) : clamp(MakeByteClamp<Order>(k)) {}
+    explicit PackedLayout(const Encoder<S>& k) : clamp(MakeByteClamp<S, Order>(k)) {}
     Cursor At(uint8_t* line, const Request&) const { return {line}; }
-    V Pack(const Encoded& e) const { return clamp.Apply(Order::Interleave(e.y, e.c)); }
+    template <class L>
+    typename S::V Pack(const Encoded<L>& e) const { return clamp.Apply(Order::template Interleave<L>(e.y, e.c)); }
 
-    template <class Store>
-    void Block(Cursor& c, const Encoded& e) const {
-        Store::Store(c.dst, Pack(e));
+    template <class L, class Store>
+    void Block(Cursor& c, const Encoded<L>& e, int32_t calls) const {
+        L::template Put<Store>(c.dst, Pack(e), 16 * calls);
         c.dst += 16;
     }
-    template <int kPairs>
-    void Pairs(Cursor& c, const Encoded& e) const {
-        StoreLow<4 * kPairs>(c.dst, Pack(e));
+    static void SkipBlocks(Cursor& c, int32_t blocks) { c.dst += 16 * blocks; }
+    template <class L, int kPairs>
+    void Pairs(Cursor& c, const Encoded<L>& e) const {
+        StoreLow<L, 4 * kPairs>(c.dst, Pack(e));
         c.dst += 4 * kPairs;
     }
 
-    ByteClamp clamp;
+    ByteClamp<S> clamp;
 };
 
 // Planar Y8PUV8I: a luma plane and, dst_stride * dst_height bytes later, a
@@ -262,8 +319,11 @@ struct PackedLayout {
 // limited to 16..235; the others keep 0..255. Hosts rely on this exact
 // output. The pattern follows the pixel's position in the line, whichever
 // path (single pair or block) converts it, so the cursor counts the pairs
-// of its line. A single pair writes its two luma and two chroma bytes at
-// its own position in the lines, the values a block gives those pixels.
+// of its line (a block is four pairs, so every lane of a wide block has the
+// pattern of the first). A single pair writes its two luma and two chroma
+// bytes at its own position in the lines, the values a block gives those
+// pixels.
+template <class S>
 struct PlanarLayout {
     struct Cursor {
         uint8_t* dst;  // the luma line
@@ -278,61 +338,71 @@ struct PlanarLayout {
     static constexpr int kPairBytes = 2;
     static constexpr bool kAlignedBody = false;
 
-    explicit PlanarLayout(const Encoder& k) {
-        clamp[0] = MakeByteClamp<UvyyOrder>(k);
+    explicit PlanarLayout(const Encoder<S>& k) {
+        clamp[0] = MakeByteClamp<S, UvyyOrder>(k);
         // The same pattern two pixels on: for lines whose blocks start at a
         // pixel index of 2 modulo 4.
         clamp[1].low = SwapWordPairs(clamp[0].low);
         clamp[1].high = SwapWordPairs(clamp[0].high);
     }
-    static V SwapWordPairs(V v) {
-        return S::ShuffleHi16<Pick(1, 0, 3, 2)>(S::ShuffleLo16<Pick(1, 0, 3, 2)>(v));
+    static typename S::V SwapWordPairs(typename S::V v) {
+        return S::template ShuffleHi16<Pick(1, 0, 3, 2)>(S::template ShuffleLo16<Pick(1, 0, 3, 2)>(v));
     }
     Cursor At(uint8_t* line, const Request& r) const {
         return {line, Advance(line, static_cast<int32_t>(static_cast<int64_t>(r.dst_stride) * r.dst_height)), 0};
     }
-    V Luma(const Cursor& c, const Encoded& e) const {
-        return clamp[c.pairs & 1].Apply(S::PackS16ToU8(e.y, e.y));
+    template <class L>
+    typename S::V Luma(const Cursor& c, const Encoded<L>& e) const {
+        return clamp[c.pairs & 1].Apply(L::PackS16ToU8(e.y, e.y));
     }
-    static V Chroma(const Encoded& e) { return S::PackS16ToU8(e.c, e.c); }
+    template <class L>
+    static typename S::V Chroma(const Encoded<L>& e) { return L::PackS16ToU8(e.c, e.c); }
 
-    template <class>
-    void Block(Cursor& c, const Encoded& e) const {
-        S::Store64(c.dst, Luma(c, e));
-        S::Store64(c.chroma, Chroma(e));
+    template <class L, class>
+    void Block(Cursor& c, const Encoded<L>& e, int32_t calls) const {
+        L::Put64(c.dst, Luma(c, e), 8 * calls);
+        L::Put64(c.chroma, Chroma(e), 8 * calls);
         c.dst += 8;
         c.chroma += 8;
         c.pairs += 4;
     }
-    template <int kPairs>
-    void Pairs(Cursor& c, const Encoded& e) const {
-        StoreLow<2 * kPairs>(c.dst, Luma(c, e));
-        StoreLow<2 * kPairs>(c.chroma, Chroma(e));
+    static void SkipBlocks(Cursor& c, int32_t blocks) {
+        c.dst += 8 * blocks;
+        c.chroma += 8 * blocks;
+        c.pairs += 4 * blocks;
+    }
+    template <class L, int kPairs>
+    void Pairs(Cursor& c, const Encoded<L>& e) const {
+        StoreLow<L, 2 * kPairs>(c.dst, Luma(c, e));
+        StoreLow<L, 2 * kPairs>(c.chroma, Chroma(e));
         c.dst += 2 * kPairs;
         c.chroma += 2 * kPairs;
         c.pairs += kPairs;
     }
 
-    ByteClamp clamp[2];
+    ByteClamp<S> clamp[2];
 };
 
 // ---- One line -----------------------------------------------------------------------------------
 
-// One line of the walk (kernel/line_walk.h): Source fixes how a pair and a
-// block of four pairs are read, Layout how they are written; kDouble writes
-// every source pixel twice (line doubling); kAlpha also copies each source
-// pixel's fourth byte to the alpha line. A unit is a source pair: `width`
-// counts the pixels of the narrower picture, so a line has width / 2 pairs
-// whatever the mode. A line narrower than 16 pixels goes pair by pair.
-template <class Source, class Layout, bool kDouble, bool kAlpha>
+// One line of the walk (kernel/line_walk.h) on the vector layer Vec: Source
+// fixes how a pair and a block of four pairs are read, Layout how they are
+// written; kDouble writes every source pixel twice (line doubling); kAlpha
+// also copies each source pixel's fourth byte to the alpha line. A unit is a
+// source pair: `width` counts the pixels of the narrower picture, so a line
+// has width / 2 pairs whatever the mode. A line narrower than 16 pixels goes
+// pair by pair.
+template <class Vec, class Source, class Layout, bool kDouble, bool kAlpha>
 struct LineWriter : Layout::Cursor {
     // Only BGR32 pixels carry a fourth byte.
     static_assert(!kAlpha || std::is_same_v<Source, Bgr32Pixels>);
+    using Vector = Vec;
     static constexpr int32_t kUnitPixels = 2, kBlockUnits = 4, kSinglesBelow = 16, kPrefetchEvery = 0;
     static constexpr MisalignedLine kMisaligned = MisalignedLine::kBlocksUnaligned;
     static constexpr bool kStreamEnds = false;
 
-    LineWriter(const Encoder& k, const Layout& layout, const uint8_t* src, typename Layout::Cursor dst, uint8_t* alpha)
+    LineWriter(const Encoder<Vec>& k, const Layout& layout, const uint8_t* src, typename Layout::Cursor dst,
+               uint8_t* alpha)
         : Layout::Cursor(dst), k(k), layout(layout), src(src), alpha(alpha) {}
 
     // A doubled packed pair writes 8 bytes: only a line start on an 8-byte
@@ -352,33 +422,38 @@ struct LineWriter : Layout::Cursor {
         if constexpr (kAlpha) alpha = Advance(alpha, r.dst_alpha_skip);
     }
 
-    template <class Store>
+    template <class Store, class L = Vec>
     ZENK_ARITHMETIC void Block() {
-        const Encoded e = Encode(k, Source::Block(src));
+        constexpr int32_t kOthers = L::kActiveLanes - 1;
+        const Encoded<L> e = Encode<L>(k, Source::template Block<L>(src));
         if constexpr (kDouble) {
-            Encoded low, high;
-            Double(e, low, high);
-            layout.template Block<Store>(*this, low);
-            layout.template Block<Store>(*this, high);
+            Encoded<L> low, high;
+            Double<L>(e, low, high);
+            layout.template Block<L, Store>(*this, low, 2);
+            layout.template Block<L, Store>(*this, high, 2);
+            Layout::SkipBlocks(*this, 2 * kOthers);
         } else {
-            layout.template Block<Store>(*this, e);
+            layout.template Block<L, Store>(*this, e, 1);
+            Layout::SkipBlocks(*this, kOthers);
         }
         if constexpr (kAlpha) {
-            const V words = AlphaWords<S>(S::LoadU(src), S::LoadU(src + 16));
-            S::Store64(alpha, S::PackS16ToU8(words, words));
-            alpha += 8;
+            const auto words =
+                AlphaWords<L>(L::LoadU(src, Source::kBlockBytes), L::LoadU(src + 16, Source::kBlockBytes));
+            L::Put64(alpha, L::PackS16ToU8(words, words), 8);
+            alpha += 8 * L::kActiveLanes;
         }
-        src += Source::kBlockBytes;
+        src += Source::kBlockBytes * L::kActiveLanes;
     }
 
     void Single() {
-        const Encoded e = Encode(k, Source::Pair(src));
+        using L = typename Vec::template WithLanes<1>;
+        const Encoded<L> e = Encode<L>(k, Source::template Pair<L>(src));
         if constexpr (kDouble) {
-            Encoded low, high;
-            Double(e, low, high);
-            layout.template Pairs<2>(*this, low);
+            Encoded<L> low, high;
+            Double<L>(e, low, high);
+            layout.template Pairs<L, 2>(*this, low);
         } else {
-            layout.template Pairs<1>(*this, e);
+            layout.template Pairs<L, 1>(*this, e);
         }
         if constexpr (kAlpha) {
             alpha[0] = src[3];
@@ -388,7 +463,7 @@ struct LineWriter : Layout::Cursor {
         src += Source::kPairBytes;
     }
 
-    const Encoder& k;
+    const Encoder<Vec>& k;
     const Layout& layout;
     const uint8_t* src;
     uint8_t* alpha;

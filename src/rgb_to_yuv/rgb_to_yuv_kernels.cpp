@@ -6,14 +6,18 @@
 #include "rgb_to_yuv_kernels.h"
 
 #include "encode.h"
+#include "kernel/vector.h"
 
 namespace zenk::ZENK_ISA::rgb_to_yuv {
 
+// The widest vector layer of this level.
+using Vec = Widest;
+
 template <class Source, class Layout, bool kAlpha, class A>
 ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
-    const Encoder k(*r);
+    const Encoder<Vec> k(*r);
     const Layout layout(k);
-    LineWriter<Source, Layout, false, kAlpha> line(k, layout, r->src_plane, layout.At(r->dst_plane, *r),
+    LineWriter<Vec, Source, Layout, false, kAlpha> line(k, layout, r->src_plane, layout.At(r->dst_plane, *r),
                                                    r->dst_alpha_plane);
     WalkFrame<decltype(line), A>(line, *r);
 }
@@ -31,9 +35,9 @@ void ColourAndAlpha(const Request* r) {
 // `width` is the destination's pixels per line.
 template <class Source, class Layout, class A>
 ZENK_KERNEL_ENTRY void ReduceKernel(const Request* r) {
-    const Encoder k(*r);
+    const Encoder<Vec> k(*r);
     const Layout layout(k);
-    using Line = LineWriter<Source, Layout, false, false>;
+    using Line = LineWriter<Vec, Source, Layout, false, false>;
     // A Y8PUV8I chroma line keeps its distance from its luma line.
     WalkPairModeFrame<Line, A>(*r, [&](const uint8_t* src_line, uint8_t* dst) {
         return Line(k, layout, src_line, layout.At(dst, *r), nullptr);
@@ -52,7 +56,7 @@ ZENK_KERNEL_ENTRY void ReduceKernel(const Request* r) {
 // from dst_plane + dst_stride * dst_height.
 template <class Layout, class A>
 ZENK_KERNEL_ENTRY void DoubleKernel(const Request* r) {
-    const Encoder k(*r);
+    const Encoder<Vec> k(*r);
     const Layout layout(k);
     Prefetch(r->src_plane);
     const LineAddressSet set = PairModeLines(r);
@@ -60,7 +64,7 @@ ZENK_KERNEL_ENTRY void DoubleKernel(const Request* r) {
     uint8_t* dst_line = r->dst_plane;
     for (int32_t n = 0; n < set.line_count; ++n) {
         for (int copy = 0; copy < 2; ++copy) {
-            LineWriter<Bgr32Pixels, Layout, true, false> line(k, layout, src_line, layout.At(dst_line, *r), nullptr);
+            LineWriter<Vec, Bgr32Pixels, Layout, true, false> line(k, layout, src_line, layout.At(dst_line, *r), nullptr);
             WalkLine<decltype(line), A>(line, r->width);
             dst_line = Advance(dst_line, r->dst_stride);
         }
@@ -81,9 +85,10 @@ consteval KernelTable Table() {
                            kReduce<Bgr32EveryFourth, Layout>, kDouble<Layout>);
 }
 
-using Uyvy = PackedLayout<UyvyOrder>;
-using Yuyv = PackedLayout<YuyvOrder>;
-using Uvyy = PackedLayout<UvyyOrder>;
+using Uyvy = PackedLayout<Vec, UyvyOrder>;
+using Yuyv = PackedLayout<Vec, YuyvOrder>;
+using Uvyy = PackedLayout<Vec, UvyyOrder>;
+using Planar = PlanarLayout<Vec>;
 
 // This level's kernels of every encoding export. The planar lines are
 // written with 8-byte stores in every variant, so the streaming variants
@@ -94,16 +99,16 @@ using Uvyy = PackedLayout<UvyyOrder>;
 const Kernels kKernels = {
     .bgr32_to_uyvy = Table<Uyvy>(),
     .bgr32_to_uvyy = Table<Uvyy>(),
-    .bgr32_to_y8uv = Table<PlanarLayout>(),
+    .bgr32_to_y8uv = Table<Planar>(),
     .bgr32_to_yuyv = ZENK_KERNEL_QUAD(Colour, Bgr32Pixels, Yuyv),
     .bgr32_to_uyvy_alpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Uyvy),
     .bgr32_to_yuyv_alpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Yuyv),
     .bgr32_to_uvyy_alpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Uvyy),
-    .bgr32_to_y8uv_alpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, PlanarLayout),
+    .bgr32_to_y8uv_alpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Planar),
     .bgr24_to_uyvy = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Uyvy),
     .bgr24_to_yuyv = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Yuyv),
     .bgr24_to_uvyy = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Uvyy),
-    .bgr24_to_y8uv = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, PlanarLayout),
+    .bgr24_to_y8uv = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Planar),
 };
 
 }  // namespace zenk::ZENK_ISA::rgb_to_yuv
