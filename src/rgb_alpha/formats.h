@@ -15,9 +15,14 @@ using namespace ::zenk::rgb_alpha;
 
 // Every format of the family: the running pointers of one picture walk and
 // the constant alpha, which sits in the fourth byte of a pixel.
+//
+// Blocks are written for a layer L with one or more lanes filled: lane j
+// converts the block j blocks on. A copy moves the same bytes whatever the
+// lane order, so copies move their blocks as whole registers instead.
 template <class S>
 struct Pixels {
     using V = typename S::V;
+    using Vector = S;
     static constexpr MisalignedLine kMisaligned = MisalignedLine::kAsAnyAlignment;
     static constexpr bool kStreamEnds = true;
     static constexpr int32_t kSinglesBelow = 16;
@@ -34,25 +39,35 @@ struct Pixels {
     }
 
     // Sixteen pixels, four a vector (B, G, R, A in each 32-bit lane).
+    template <class L>
     static void LoadBgr32(const uint8_t* p, V px[4]) {
-        for (int i = 0; i < 4; ++i) px[i] = S::LoadU(p + 16 * i);
+        for (int i = 0; i < 4; ++i) px[i] = L::LoadU(p + 16 * i, 64);
     }
+    template <class L>
     static void LoadBgr24(const uint8_t* p, V px[4]) {
-        UnpackBgr24<S>(S::LoadU(p), S::LoadU(p + 16), S::LoadU(p + 32), px);
+        UnpackBgr24<L>(L::LoadU(p, 48), L::LoadU(p + 16, 48), L::LoadU(p + 32, 48), px);
     }
-    template <class Store>
+    // `count` vectors of a block, 16 bytes apart; lane j `count` vectors on.
+    template <class L, class Store>
     static void StoreVectors(uint8_t* p, const V* v, int count) {
-        for (int i = 0; i < count; ++i) Store::Store(p + 16 * i, v[i]);
+        for (int i = 0; i < count; ++i) L::template Put<Store>(p + 16 * i, v[i], 16 * count);
     }
-    template <class Store>
+    template <class L, class Store>
     static void StoreBgr24(uint8_t* p, const V px[4]) {
         V out[3];
-        PackBgr24<S>(px, out);
-        StoreVectors<Store>(p, out, 3);
+        PackBgr24<L>(px, out);
+        StoreVectors<L, Store>(p, out, 3);
+    }
+    // A copy's block of `vectors` 16-byte vectors, as whole registers of L.
+    template <class L, class Store>
+    static void CopyVectors(const uint8_t* src, uint8_t* dst, int vectors) {
+        constexpr int32_t kBytes = 16 * L::kActiveLanes;
+        for (int i = 0; i < vectors; ++i) L::template Put<Store>(dst + kBytes * i, L::LoadU(src + kBytes * i, 16), 16);
     }
     // The fourth byte of each of 16 pixels, in pixel order.
+    template <class L>
     static V AlphaBytes(const V px[4]) {
-        return S::PackS16ToU8(AlphaWords<S>(px[0], px[1]), AlphaWords<S>(px[2], px[3]));
+        return L::PackS16ToU8(AlphaWords<L>(px[0], px[1]), AlphaWords<L>(px[2], px[3]));
     }
     static uint32_t ReadBgr(const uint8_t* p) {
         return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 | static_cast<uint32_t>(p[2]) << 16;
@@ -89,13 +104,11 @@ struct ToBgr24 : Pixels<S> {
 template <class S>
 struct CopyBgr32 : ToBgr32<S> {
     using ToBgr32<S>::ToBgr32;
-    template <class Store>
+    template <class Store, class L = S>
     void Block() {
-        typename S::V px[4];
-        this->LoadBgr32(this->src, px);
-        this->template StoreVectors<Store>(this->dst, px, 4);
-        this->src += 64;
-        this->dst += 64;
+        this->template CopyVectors<L, Store>(this->src, this->dst, 4);
+        this->src += 64 * L::kActiveLanes;
+        this->dst += 64 * L::kActiveLanes;
     }
     void Single() {
         std::memcpy(this->dst, this->src, 4);
@@ -107,13 +120,13 @@ struct CopyBgr32 : ToBgr32<S> {
 template <class S>
 struct Bgr32ToBgr24 : ToBgr24<S> {
     using ToBgr24<S>::ToBgr24;
-    template <class Store>
+    template <class Store, class L = S>
     void Block() {
         typename S::V px[4];
-        this->LoadBgr32(this->src, px);
-        this->template StoreBgr24<Store>(this->dst, px);
-        this->src += 64;
-        this->dst += 48;
+        this->template LoadBgr32<L>(this->src, px);
+        this->template StoreBgr24<L, Store>(this->dst, px);
+        this->src += 64 * L::kActiveLanes;
+        this->dst += 48 * L::kActiveLanes;
     }
     void Single() {
         this->WriteBgr(this->dst, this->src);
@@ -125,15 +138,15 @@ struct Bgr32ToBgr24 : ToBgr24<S> {
 template <class S>
 struct Bgr24ToBgr32 : ToBgr32<S> {
     using ToBgr32<S>::ToBgr32;
-    template <class Store>
+    template <class Store, class L = S>
     void Block() {
         typename S::V px[4];
-        this->LoadBgr24(this->src, px);
-        const auto alpha_lanes = S::Set32(static_cast<uint32_t>(this->alpha_byte) << 24);
-        for (auto& v : px) v = S::Or(v, alpha_lanes);
-        this->template StoreVectors<Store>(this->dst, px, 4);
-        this->src += 48;
-        this->dst += 64;
+        this->template LoadBgr24<L>(this->src, px);
+        const auto alpha_lanes = L::Set32(static_cast<uint32_t>(this->alpha_byte) << 24);
+        for (auto& v : px) v = L::Or(v, alpha_lanes);
+        this->template StoreVectors<L, Store>(this->dst, px, 4);
+        this->src += 48 * L::kActiveLanes;
+        this->dst += 64 * L::kActiveLanes;
     }
     void Single() {
         this->WritePixel32(this->dst, this->ReadBgr(this->src) | static_cast<uint32_t>(this->alpha_byte) << 24);
@@ -145,12 +158,11 @@ struct Bgr24ToBgr32 : ToBgr32<S> {
 template <class S>
 struct CopyBgr24 : ToBgr24<S> {
     using ToBgr24<S>::ToBgr24;
-    template <class Store>
+    template <class Store, class L = S>
     void Block() {
-        const typename S::V v[3] = {S::LoadU(this->src), S::LoadU(this->src + 16), S::LoadU(this->src + 32)};
-        this->template StoreVectors<Store>(this->dst, v, 3);
-        this->src += 48;
-        this->dst += 48;
+        this->template CopyVectors<L, Store>(this->src, this->dst, 3);
+        this->src += 48 * L::kActiveLanes;
+        this->dst += 48 * L::kActiveLanes;
     }
     void Single() {
         this->WriteBgr(this->dst, this->src);
@@ -164,15 +176,15 @@ struct CopyBgr24 : ToBgr24<S> {
 template <class S>
 struct SplitBgr32 : ToBgr24<S> {
     using ToBgr24<S>::ToBgr24;
-    template <class Store>
+    template <class Store, class L = S>
     void Block() {
         typename S::V px[4];
-        this->LoadBgr32(this->src, px);
-        this->template StoreBgr24<Store>(this->dst, px);
-        S::StoreU(this->dst_alpha, this->AlphaBytes(px));
-        this->src += 64;
-        this->dst += 48;
-        this->dst_alpha += 16;
+        this->template LoadBgr32<L>(this->src, px);
+        this->template StoreBgr24<L, Store>(this->dst, px);
+        L::template Put<UnalignedStore>(this->dst_alpha, this->template AlphaBytes<L>(px), 16);
+        this->src += 64 * L::kActiveLanes;
+        this->dst += 48 * L::kActiveLanes;
+        this->dst_alpha += 16 * L::kActiveLanes;
     }
     void Single() {
         this->WriteBgr(this->dst, this->src);
@@ -187,13 +199,13 @@ struct ExtractAlpha : Pixels<S> {
     using Pixels<S>::Pixels;
     static constexpr int32_t kUnitPixels = 1, kBlockUnits = 16, kPrefetchEvery = 1;
     int32_t HeadUnits() const { return UnitsToBoundary(this->dst, 1); }
-    template <class Store>
+    template <class Store, class L = S>
     void Block() {
         typename S::V px[4];
-        this->LoadBgr32(this->src, px);
-        Store::Store(this->dst, this->AlphaBytes(px));
-        this->src += 64;
-        this->dst += 16;
+        this->template LoadBgr32<L>(this->src, px);
+        L::template Put<Store>(this->dst, this->template AlphaBytes<L>(px), 16);
+        this->src += 64 * L::kActiveLanes;
+        this->dst += 16 * L::kActiveLanes;
     }
     void Single() {
         *this->dst++ = this->src[3];
@@ -204,21 +216,21 @@ struct ExtractAlpha : Pixels<S> {
 template <class S>
 struct MergeAlpha : ToBgr32<S> {
     using ToBgr32<S>::ToBgr32;
-    template <class Store>
+    template <class Store, class L = S>
     void Block() {
         typename S::V px[4];
-        this->LoadBgr24(this->src, px);
+        this->template LoadBgr24<L>(this->src, px);
         // 16 alpha bytes moved into the fourth byte of the 16 pixel lanes.
-        const auto zero = S::Zero(), alpha = S::LoadU(this->src_alpha);
-        const auto low = S::Lo8(zero, alpha), high = S::Hi8(zero, alpha);
-        px[0] = S::Or(px[0], S::Lo16(zero, low));
-        px[1] = S::Or(px[1], S::Hi16(zero, low));
-        px[2] = S::Or(px[2], S::Lo16(zero, high));
-        px[3] = S::Or(px[3], S::Hi16(zero, high));
-        this->template StoreVectors<Store>(this->dst, px, 4);
-        this->src += 48;
-        this->src_alpha += 16;
-        this->dst += 64;
+        const auto zero = L::Zero(), alpha = L::LoadU(this->src_alpha, 16);
+        const auto low = L::Lo8(zero, alpha), high = L::Hi8(zero, alpha);
+        px[0] = L::Or(px[0], L::Lo16(zero, low));
+        px[1] = L::Or(px[1], L::Hi16(zero, low));
+        px[2] = L::Or(px[2], L::Lo16(zero, high));
+        px[3] = L::Or(px[3], L::Hi16(zero, high));
+        this->template StoreVectors<L, Store>(this->dst, px, 4);
+        this->src += 48 * L::kActiveLanes;
+        this->src_alpha += 16 * L::kActiveLanes;
+        this->dst += 64 * L::kActiveLanes;
     }
     void Single() {
         this->WritePixel32(this->dst, this->ReadBgr(this->src) | static_cast<uint32_t>(*this->src_alpha++) << 24);
@@ -240,12 +252,11 @@ struct AlphaPlane : Pixels<S> {
 template <class S>
 struct CopyAlphaPlane : AlphaPlane<S> {
     using AlphaPlane<S>::AlphaPlane;
-    template <class Store>
+    template <class Store, class L = S>
     void Block() {
-        Store::Store(this->dst, S::LoadU(this->src));
-        Store::Store(this->dst + 16, S::LoadU(this->src + 16));
-        this->src += 32;
-        this->dst += 32;
+        this->template CopyVectors<L, Store>(this->src, this->dst, 2);
+        this->src += 32 * L::kActiveLanes;
+        this->dst += 32 * L::kActiveLanes;
     }
     void Single() { *this->dst++ = *this->src++; }
 };
@@ -257,12 +268,13 @@ template <class S>
 struct FillAlphaPlane : AlphaPlane<S> {
     using AlphaPlane<S>::AlphaPlane;
     const void* Ahead() const { return &this->alpha_byte; }
-    template <class Store>
+    template <class Store, class L = S>
     void Block() {
-        const auto v = S::Set8(this->alpha_byte);
-        Store::Store(this->dst, v);
-        Store::Store(this->dst + 16, v);
-        this->dst += 32;
+        const auto v = L::Set8(this->alpha_byte);
+        constexpr int32_t kBytes = 16 * L::kActiveLanes;
+        L::template Put<Store>(this->dst, v, 16);
+        L::template Put<Store>(this->dst + kBytes, v, 16);
+        this->dst += 32 * L::kActiveLanes;
     }
     void Single() { *this->dst++ = this->alpha_byte; }
 };
