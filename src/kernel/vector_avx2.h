@@ -92,6 +92,19 @@ struct Avx2Lanes {
             Put<Store>(bytes + 16, b, 32);
         }
     }
+    // Two streams written lane by lane in turn (x's lane j, then y's), for
+    // planes that may overlap: the later store wins as in the SSE2 kernel.
+    template <class Store>
+    ZENK_VECTOR_OP void PutLanesInTurn(void* p, V x, void* q, V y, int32_t step) {
+        auto* a = static_cast<uint8_t*>(p);
+        auto* b = static_cast<uint8_t*>(q);
+        Store::Store(a, Lane0(x));
+        Store::Store(b, Lane0(y));
+        if constexpr (kActive == 2) {
+            Store::Store(a + step, Lane1(x));
+            Store::Store(b + step, Lane1(y));
+        }
+    }
     ZENK_VECTOR_OP void Put64(void* p, V v, int32_t step) {
         auto* b = static_cast<uint8_t*>(p);
         Sse2::Store64(b, Lane0(v));

@@ -99,6 +99,18 @@ struct Avx512Lanes {
             Put<Store>(bytes + 16, b, 32);
         }
     }
+    // Two streams written lane by lane in turn (x's lane j, then y's), for
+    // planes that may overlap: the later store wins as in the SSE2 kernel.
+    template <class Store>
+    ZENK_VECTOR_OP void PutLanesInTurn(void* p, V x, void* q, V y, int32_t step) {
+        auto* a = static_cast<uint8_t*>(p);
+        auto* b = static_cast<uint8_t*>(q);
+        Store::Store(a, Lane<0>(x));
+        Store::Store(b, Lane<0>(y));
+        if constexpr (kActive > 1) Store::Store(a + step, Lane<1>(x)), Store::Store(b + step, Lane<1>(y));
+        if constexpr (kActive > 2) Store::Store(a + 2 * step, Lane<2>(x)), Store::Store(b + 2 * step, Lane<2>(y));
+        if constexpr (kActive > 3) Store::Store(a + 3 * step, Lane<3>(x)), Store::Store(b + 3 * step, Lane<3>(y));
+    }
     ZENK_VECTOR_OP void Put64(void* p, V v, int32_t step) {
         Scatter(p, v, step, [](uint8_t* b, __m128i lane) { Sse2::Store64(b, lane); });
     }

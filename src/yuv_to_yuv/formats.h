@@ -15,6 +15,9 @@ namespace zenk::ZENK_ISA::yuv_to_yuv {
 // kHeadPairBytes destination bytes up to the 16-byte boundary. Every group
 // asks for its lines ahead (PrefetchAhead): copies and byte reorders become
 // as fast as memcpy; the arithmetic kernels do not notice.
+//
+// Blocks are written for a layer L with one or more lanes filled: lane j
+// converts the block j blocks on.
 template <uint32_t kHeadPairBytes>
 struct PackedLine {
     static constexpr int32_t kUnitPixels = 2, kSinglesBelow = 16, kPrefetchEvery = 1;
@@ -38,17 +41,22 @@ struct PackedLine {
 template <class S, class Rule>
 struct Reorder : PackedLine<4> {
     using PackedLine::PackedLine;
+    using Vector = S;
     static constexpr int32_t kBlockUnits = 8;
     static constexpr bool kStreamEnds = true;
-    template <class Store>
+    // Every 4-byte pair is rearranged on its own, so the lanes take
+    // consecutive 16 bytes whatever the block.
+    template <class Store, class L = S>
     void Block() {
-        Store::Store(dst, Rule::Vector(S::LoadU(src)));
-        Store::Store(dst + 16, Rule::Vector(S::LoadU(src + 16)));
-        src += 32;
-        dst += 32;
+        constexpr int32_t kBytes = 16 * L::kActiveLanes;
+        L::template Put<Store>(dst, Rule::Vector(L::LoadU(src, 16)), 16);
+        L::template Put<Store>(dst + kBytes, Rule::Vector(L::LoadU(src + kBytes, 16)), 16);
+        src += 2 * kBytes;
+        dst += 2 * kBytes;
     }
     void Single() {
-        S::Store32(dst, Rule::Vector(S::Load32(src)));
+        using L = typename S::template WithLanes<1>;
+        L::Put32(dst, Rule::Vector(L::Load32(src, 0)), 0);
         src += 4;
         dst += 4;
     }
@@ -87,27 +95,28 @@ struct YuyvWords {
 template <class S, template <class> class In, template <class> class Out, LumaRule kLuma>
 struct MatrixChange : PackedLine<4> {
     explicit MatrixChange(const Request& r) : PackedLine(r), m(r) {}
+    using Vector = S;
     static constexpr int32_t kBlockUnits = 8;
     static constexpr bool kStreamEnds = false;
-    template <class Store>
+    template <class Store, class L = S>
     void Block() {
-        auto a = In<S>::Unpack(S::LoadU(src)), b = In<S>::Unpack(S::LoadU(src + 16));
-        ChangeMatrix<S, kLuma>(m, a, b);
-        Store::Store(dst, Out<S>::Pack(a));
-        Store::Store(dst + 16, Out<S>::Pack(b));
-        src += 32;
-        dst += 32;
+        auto a = In<L>::Unpack(L::LoadU(src, 32)), b = In<L>::Unpack(L::LoadU(src + 16, 32));
+        ChangeMatrix<L, kLuma>(m, a, b);
+        L::template PutPair<Store>(dst, Out<L>::Pack(a), Out<L>::Pack(b));
+        src += 32 * L::kActiveLanes;
+        dst += 32 * L::kActiveLanes;
     }
     // One pair as both halves of a group: rounded by its own signs. Pairs
     // are written with ordinary stores in the streaming kernels too.
     void Single() {
-        auto a = In<S>::Unpack(S::Load32(src)), b = a;
-        ChangeMatrix<S, kLuma>(m, a, b);
-        S::Store32(dst, Out<S>::Pack(a));
+        using L = typename S::template WithLanes<1>;
+        auto a = In<L>::Unpack(L::Load32(src, 0)), b = a;
+        ChangeMatrix<L, kLuma>(m, a, b);
+        L::Put32(dst, Out<L>::Pack(a), 0);
         src += 4;
         dst += 4;
     }
-    const MatrixChangeVectors m;
+    const MatrixConstants<S> m;
 };
 
 // ---- UYVY16I taken apart ---------------------------------------------------------------
@@ -136,17 +145,25 @@ struct SplitToPlanar : PackedLine<4> {
         PackedLine::NextLine(r);
         chroma = Advance(chroma, r.dst_skip);
     }
-    template <class>
+    using Vector = S;
+    // Luma first, then chroma, lane by lane: where the two planes overlap (a
+    // destination height of 0), chroma is what remains, as in one block at
+    // a time.
+    template <class, class L = S>
     void Block() {
-        const auto a = S::LoadU(src), b = S::LoadU(src + 16);
-        const auto low_bytes = S::Set16(0xFF);
-        // Luma first, then chroma: where the two planes overlap (a
-        // destination height of 0), chroma is what remains.
-        CheckedStore::Store(dst, S::PackS16ToU8(S::template Shr16<8>(a), S::template Shr16<8>(b)));
-        CheckedStore::Store(chroma, S::PackS16ToU8(S::And(a, low_bytes), S::And(b, low_bytes)));
-        src += 32;
-        dst += 16;
-        chroma += 16;
+        const auto a = L::LoadU(src, 32), b = L::LoadU(src + 16, 32);
+        const auto low_bytes = L::Set16(0xFF);
+        const auto luma = L::PackS16ToU8(L::template Shr16<8>(a), L::template Shr16<8>(b));
+        const auto cbcr = L::PackS16ToU8(L::And(a, low_bytes), L::And(b, low_bytes));
+        if constexpr (L::kActiveLanes == 1) {
+            L::template Put<CheckedStore>(dst, luma, 16);
+            L::template Put<CheckedStore>(chroma, cbcr, 16);
+        } else {
+            L::template PutLanesInTurn<CheckedStore>(dst, luma, chroma, cbcr, 16);
+        }
+        src += 32 * L::kActiveLanes;
+        dst += 16 * L::kActiveLanes;
+        chroma += 16 * L::kActiveLanes;
     }
     void Single() {
         const uint8_t cb = src[0], y0 = src[1], cr = src[2], y1 = src[3];
@@ -167,34 +184,36 @@ struct SplitToPlanar : PackedLine<4> {
 template <class S>
 struct WidenTo444 : PackedLine<8> {
     using V = typename S::V;
+    using Vector = S;
     explicit WidenTo444(const Request& r)
         : PackedLine(r), alpha_high_byte(S::Set16(static_cast<uint16_t>((r.alpha_value & 0xFF) << 8))) {}
     static constexpr int32_t kBlockUnits = 4;
     static constexpr bool kStreamEnds = false;
 
     // Four pairs (Cb Y0 Cr Y1 in each 32-bit lane) to eight pixels.
+    template <class L>
     void Widen(V pairs, V& pixels0_3, V& pixels4_7) const {
-        const V chroma = S::And(pairs, S::Set32(0x00FF00FF));  // Cb, Cr words
-        const V vu = S::And(S::Or(S::template Shr32<16>(chroma), S::template Shl32<8>(chroma)),
-                            S::Set32(0xFFFF));                               // Cr | Cb << 8
-        const V vu_twice = S::Or(vu, S::template Shl32<16>(vu));           // for both pixels
-        const V ya = S::Or(S::template Shr16<8>(pairs), alpha_high_byte);  // Y | A << 8
-        pixels0_3 = S::Lo16(vu_twice, ya);
-        pixels4_7 = S::Hi16(vu_twice, ya);
+        const V chroma = L::And(pairs, L::Set32(0x00FF00FF));  // Cb, Cr words
+        const V vu = L::And(L::Or(L::template Shr32<16>(chroma), L::template Shl32<8>(chroma)),
+                            L::Set32(0xFFFF));                               // Cr | Cb << 8
+        const V vu_twice = L::Or(vu, L::template Shl32<16>(vu));           // for both pixels
+        const V ya = L::Or(L::template Shr16<8>(pairs), alpha_high_byte);  // Y | A << 8
+        pixels0_3 = L::Lo16(vu_twice, ya);
+        pixels4_7 = L::Hi16(vu_twice, ya);
     }
-    template <class Store>
+    template <class Store, class L = S>
     void Block() {
         V p0, p1;
-        Widen(S::LoadU(src), p0, p1);
-        Store::Store(dst, p0);
-        Store::Store(dst + 16, p1);
-        src += 16;
-        dst += 32;
+        Widen<L>(L::LoadU(src, 16), p0, p1);
+        L::template PutPair<Store>(dst, p0, p1);
+        src += 16 * L::kActiveLanes;
+        dst += 32 * L::kActiveLanes;
     }
     void Single() {
+        using L = typename S::template WithLanes<1>;
         V p0, unused;
-        Widen(S::Load32(src), p0, unused);
-        S::Store64(dst, p0);
+        Widen<L>(L::Load32(src, 0), p0, unused);
+        L::Put64(dst, p0, 0);
         src += 4;
         dst += 8;
     }

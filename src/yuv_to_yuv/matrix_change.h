@@ -62,27 +62,44 @@ using namespace ::zenk::yuv_to_yuv;
 //    correction of pixels 0-7 themselves is computed and not used.
 enum class LumaRule { kOwnPair, kCrossed };
 
-// The arithmetic on the vector layer S; the constants are the 128-bit
-// vectors of MatrixChangeVectors.
+// The vectors of MatrixChangeVectors in every lane of the layer S.
+template <class S>
+struct MatrixConstants {
+    using V = typename S::V;
+    explicit MatrixConstants(const Request& r) {
+        const MatrixChangeVectors m(r);
+        luma_correction = S::Broadcast(m.luma_correction);
+        cb = S::Broadcast(m.cb);
+        cr = S::Broadcast(m.cr);
+        clamp_low = S::Broadcast(m.clamp_low);
+        clamp_high = S::Broadcast(m.clamp_high);
+    }
+    V luma_correction, cb, cr, clamp_low, clamp_high;
+};
+
+// The arithmetic on the vector layer S; M is the call's MatrixConstants.
 template <class S>
 struct MatrixArithmetic {
     using V = typename S::V;
 
-    static V Clamp(V v, const MatrixChangeVectors& m) { return S::Min16(S::Max16(v, m.clamp_low), m.clamp_high); }
+    template <class M>
+    static V Clamp(V v, const M& m) { return S::Min16(S::Max16(v, m.clamp_low), m.clamp_high); }
 
     // Four 32-bit sums with 14 fractional bits to 8 fractional bits.
     static V Shift6(V sums) { return S::template Sar32<6>(sums); }
 
     // The luma correction of four pairs, saturated to 16 bits and repeated
     // for both pixels of each pair.
-    static V PerPixelCorrection(V cbcr, const MatrixChangeVectors& m) {
+    template <class M>
+    static V PerPixelCorrection(V cbcr, const M& m) {
         const V pairs = Shift6(S::MulAdd16(cbcr, m.luma_correction));
         const V words = S::PackS32To16(pairs, pairs);  // d0 d1 d2 d3 d0 d1 d2 d3
         return S::Lo16(words, words);                  // d0 d0 d1 d1 d2 d2 d3 d3
     }
 
     // New Cb and Cr of four pairs, saturated to 16 bits, interleaved again.
-    static V NewChroma(V cbcr, const MatrixChangeVectors& m) {
+    template <class M>
+    static V NewChroma(V cbcr, const M& m) {
         const V cb = Shift6(S::MulAdd16(cbcr, m.cb));
         const V cr = Shift6(S::MulAdd16(cbcr, m.cr));
         return S::PackS32To16(S::Lo32(cb, cr), S::Hi32(cb, cr));
@@ -106,8 +123,8 @@ struct MatrixArithmetic {
 // is converted with a = b = that pair: the group arithmetic then rounds
 // every value by its own sign, and the crossed luma rule gives the pair its
 // own fully rounded correction.
-template <class S, LumaRule kLuma>
-inline void ChangeMatrix(const MatrixChangeVectors& m, Words422<S>& a, Words422<S>& b) {
+template <class S, LumaRule kLuma, class K>
+inline void ChangeMatrix(const K& m, Words422<S>& a, Words422<S>& b) {
     using M = MatrixArithmetic<S>;
     const auto offset = S::Set16(128);
     const auto cbcr_a = S::Sub16(a.chroma, offset);

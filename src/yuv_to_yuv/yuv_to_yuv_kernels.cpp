@@ -2,22 +2,26 @@
 #include "yuv_to_yuv_kernels.h"
 
 #include "formats.h"
+#include "kernel/vector.h"
 
 namespace zenk::ZENK_ISA::yuv_to_yuv {
 namespace {
 
-using Copy = Reorder<Sse2, CopyRule<Sse2>>;
-using Exchange = Reorder<Sse2, ExchangeMiddleBytesRule<Sse2>>;
-using Split = SplitToPlanar<Sse2>;
+// The widest vector layer of this level.
+using Vec = Widest;
+
+using Copy = Reorder<Vec, CopyRule<Vec>>;
+using Exchange = Reorder<Vec, ExchangeMiddleBytesRule<Vec>>;
+using Split = SplitToPlanar<Vec>;
 template <template <class> class In, template <class> class Out, LumaRule kLuma>
-using Matrix = MatrixChange<Sse2, In, Out, kLuma>;
+using Matrix = MatrixChange<Vec, In, Out, kLuma>;
 
 }  // namespace
 
 // This level's kernels of every export of the family.
 const Kernels kKernels = {
     .copy_packed = ZENK_KERNEL_QUAD(FrameKernel, Copy),
-    .swap_word_bytes = ZENK_KERNEL_QUAD(FrameKernel, Reorder<Sse2, SwapWordBytesRule<Sse2>>),
+    .swap_word_bytes = ZENK_KERNEL_QUAD(FrameKernel, Reorder<Vec, SwapWordBytesRule<Vec>>),
     // The exchange exists only as an aligned kernel. Unaligned requests with
     // these formats run the plain copy, so their bytes keep the source
     // order; hosts are given exactly that, and it is kept.
@@ -28,7 +32,7 @@ const Kernels kKernels = {
     // The split writes with ordinary stores whatever use_streaming_stores says.
     .split_to_planar = {{&FrameKernel<Split, AlignedCached>, &FrameKernel<Split, AlignedCached>,
                          &FrameKernel<Split, AnyCached>, &FrameKernel<Split, AnyCached>}},
-    .widen_to_444 = ZENK_KERNEL_QUAD(FrameKernel, WidenTo444<Sse2>),
+    .widen_to_444 = ZENK_KERNEL_QUAD(FrameKernel, WidenTo444<Vec>),
     .matrix_uyvy_to_uyvy = ZENK_KERNEL_QUAD(FrameKernel, Matrix<UyvyWords, UyvyWords, LumaRule::kOwnPair>),
     .matrix_yuyv_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Matrix<YuyvWords, YuyvWords, LumaRule::kOwnPair>),
     .matrix_uyvy_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Matrix<UyvyWords, YuyvWords, LumaRule::kOwnPair>),
