@@ -11,7 +11,10 @@ namespace zenk_bench {
 
 // Our four kernel variants (chosen by the export from the picture's
 // alignment and use_streaming_stores), the peers, and the memory reference.
-enum class Impl { kAligned, kAlignedStreaming, kAny, kAnyStreaming, kLibyuv, kLibyuvSsse3, kSwscale, kMemory, kCount };
+// kAligned runs the exports at the level the library chose at load (the
+// processor's best); kLevelSse2 and kLevelAvx2 run them, on the same aligned
+// pictures, in instances of the library loaded with ZENK_CPU capping them.
+enum class Impl { kAligned, kAlignedStreaming, kAny, kAnyStreaming, kLevelSse2, kLevelAvx2, kLibyuv, kLibyuvSsse3, kSwscale, kMemory, kCount };
 constexpr int kImplCount = static_cast<int>(Impl::kCount);
 const char* ImplName(Impl impl);
 

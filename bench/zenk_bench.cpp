@@ -2,6 +2,7 @@
 // kernel variants, libyuv (best path and its 128-bit SSSE3 path), swscale
 // and memcpy of the same bytes, and with --report=<file> writes the ratio
 // tables of the run into that Markdown file.
+#include <dlfcn.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <string>
 
@@ -35,6 +37,8 @@ const char* ImplName(Impl impl) {
         case Impl::kAlignedStreaming: return "zenk_aligned_nt";
         case Impl::kAny: return "zenk_any";
         case Impl::kAnyStreaming: return "zenk_any_nt";
+        case Impl::kLevelSse2: return "zenk_sse2";
+        case Impl::kLevelAvx2: return "zenk_avx2";
         case Impl::kLibyuv: return "libyuv";
         case Impl::kLibyuvSsse3: return "libyuv_ssse3";
         case Impl::kSwscale: return "swscale";
@@ -207,6 +211,26 @@ void LibyuvPaths(Impl impl) {
 
 Results g_results;
 
+// The export `e` in an instance of the library loaded with ZENK_CPU=`level`:
+// a copy beside the library (where its settings library is found) loads as
+// an instance of its own and chooses its level at load.
+Export AtLevel(Export e, const char* level) {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<void*>(e), &info) == 0 || info.dli_sname == nullptr) return nullptr;
+    static std::map<std::string, void*> instances;
+    void*& instance = instances[level];
+    if (instance == nullptr) {
+        const std::filesystem::path library(info.dli_fname);
+        const std::filesystem::path copy = library.parent_path() / (std::string("zenk-bench-") + level + ".so");
+        std::filesystem::copy_file(library, copy, std::filesystem::copy_options::overwrite_existing);
+        setenv("ZENK_CPU", level, 1);
+        instance = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
+        unsetenv("ZENK_CPU");
+        if (instance == nullptr) return nullptr;
+    }
+    return reinterpret_cast<Export>(dlsym(instance, info.dli_sname));
+}
+
 void RunBenchmark(benchmark::State& state, int case_index, int size_index, Impl impl) {
     const Case& c = Cases()[case_index];
     const PictureSize& size = kSizes[size_index];
@@ -249,8 +273,23 @@ void RunBenchmark(benchmark::State& state, int case_index, int size_index, Impl 
     }
 #endif
 
+    Export at_level = nullptr;
+    if (impl == Impl::kLevelSse2 || impl == Impl::kLevelAvx2) {
+        at_level = AtLevel(c.zenk, impl == Impl::kLevelSse2 ? "sse2" : "avx2");
+        if (at_level == nullptr) {
+            state.SkipWithError("the library could not be loaded at that level");
+            return;
+        }
+    }
+
     auto convert = [&](const Frame& f) {
         switch (impl) {
+            case Impl::kLevelSse2:
+            case Impl::kLevelAvx2: {
+                const ZenkConversionRequest r = RequestFor(c, f, false);
+                at_level(&r);
+                break;
+            }
             case Impl::kAligned:
             case Impl::kAny: {
                 const ZenkConversionRequest r = RequestFor(c, f, false);
@@ -320,7 +359,8 @@ void RegisterAll() {
     for (int ci = 0; ci < static_cast<int>(cases.size()); ++ci) {
         const Case& c = cases[ci];
         for (int si = 0; si < kSizeCount; ++si) {
-            std::vector<Impl> impls = {Impl::kAligned, Impl::kAlignedStreaming, Impl::kAny, Impl::kAnyStreaming};
+            std::vector<Impl> impls = {Impl::kAligned, Impl::kAlignedStreaming, Impl::kAny, Impl::kAnyStreaming,
+                                       Impl::kLevelSse2, Impl::kLevelAvx2};
 #ifdef ZENK_BENCH_LIBYUV
             if (c.libyuv != nullptr) {
                 impls.push_back(Impl::kLibyuv);
