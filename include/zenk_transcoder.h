@@ -12,6 +12,15 @@
  * apart from a cached pointer to the host settings object. Any number of
  * threads may convert different pictures at once.
  *
+ * Instruction-set levels (x86). The names say SSE2, and the bytes are the
+ * SSE2 kernels'; on a processor with AVX2, or AVX-512 F, BW and VL, whose
+ * operating system saves those registers, the exports run kernels of that
+ * level, which write exactly the same bytes and touch no other byte, faster.
+ * The level is chosen once, when the library is loaded. The environment
+ * variable ZENK_CPU, read at load, caps it: "sse2", "avx2" or "avx512" runs
+ * at most that level (a level the processor lacks runs the processor's
+ * best); a missing or unknown value leaves the library at its best level.
+ *
  * Other architectures (64-bit Arm Linux): the same exports, under the same
  * names, write the same bytes as on x86; the SSE2 kernels are compiled
  * through SIMDe. There, use_streaming_stores selects ordinary stores, still
