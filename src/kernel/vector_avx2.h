@@ -169,6 +169,9 @@ struct Avx2Lanes {
     template <int imm> ZENK_VECTOR_OP V Shuffle32(V v) { return _mm256_shuffle_epi32(v, imm); }
     template <int imm> ZENK_VECTOR_OP V ShuffleLo16(V v) { return _mm256_shufflelo_epi16(v, imm); }
     template <int imm> ZENK_VECTOR_OP V ShuffleHi16(V v) { return _mm256_shufflehi_epi16(v, imm); }
+    // Bytes of each lane picked by the pattern's bytes (a set top bit picks
+    // zero): one instruction for what SSE2 does with shifts and masks.
+    ZENK_VECTOR_OP V ShuffleBytes(V v, V pattern) { return _mm256_shuffle_epi8(v, pattern); }
     ZENK_VECTOR_OP V KeepLow64(V v) { return _mm256_blend_epi32(_mm256_setzero_si256(), v, 0x33); }
 };
 

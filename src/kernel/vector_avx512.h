@@ -170,6 +170,7 @@ struct Avx512Lanes {
     template <int imm> ZENK_VECTOR_OP V Shuffle32(V v) { return _mm512_shuffle_epi32(v, static_cast<_MM_PERM_ENUM>(imm)); }
     template <int imm> ZENK_VECTOR_OP V ShuffleLo16(V v) { return _mm512_shufflelo_epi16(v, imm); }
     template <int imm> ZENK_VECTOR_OP V ShuffleHi16(V v) { return _mm512_shufflehi_epi16(v, imm); }
+    ZENK_VECTOR_OP V ShuffleBytes(V v, V pattern) { return _mm512_shuffle_epi8(v, pattern); }
     ZENK_VECTOR_OP V KeepLow64(V v) { return _mm512_maskz_mov_epi64(0x55, v); }
 };
 
