@@ -1,7 +1,8 @@
-// The vector layers of the level a translation unit is built for. Widest is
-// Sse2, Avx2 in the units built with AVX2 flags, and Avx512 in those built
-// with AVX-512 flags; a family may keep to 256-bit registers there where
-// they measure faster (Avx2 under the wider encodings, with 32 registers).
+// The widest vector layer of the level a translation unit is built for:
+// Sse2, Avx2 in the units built with AVX2 flags, Avx512 in those built with
+// AVX-512 flags. Every family measured faster with 512-bit registers than
+// with 256-bit ones at the AVX-512 level (an AMD EPYC, docs/performance.md),
+// so all of them take the widest.
 #pragma once
 
 #include "vector_sse2.h"
@@ -16,13 +17,10 @@ namespace zenk::ZENK_ISA {
 
 #if defined(__AVX512F__) && defined(__AVX512BW__) && defined(__AVX512VL__)
 using Widest = Avx512;
-using Widest256 = Avx2;
 #elif defined(__AVX2__)
 using Widest = Avx2;
-using Widest256 = Avx2;
 #else
 using Widest = Sse2;
-using Widest256 = Sse2;
 #endif
 
 }  // namespace zenk::ZENK_ISA
