@@ -13,6 +13,8 @@
 
 #include <immintrin.h>
 
+#include <utility>
+
 #include "vector_sse2.h"
 
 #ifndef __AVX2__
@@ -78,20 +80,43 @@ struct Avx2Lanes {
         Store::Store(b, Lane0(v));
         if constexpr (kActive == 2) Store::Store(b + step, Lane1(v));
     }
-    // A block's bytes are the 32 of two registers, a and then b: lane j of
-    // each to p + 32 j. With both lanes filled that is two whole-register
-    // stores after two lane exchanges.
-    template <class Store>
-    ZENK_VECTOR_OP void PutPair(void* p, V a, V b) {
-        auto* bytes = static_cast<uint8_t*>(p);
-        if constexpr (kActive == 2 && !Store::kStreaming) {
-            _mm256_storeu_si256(reinterpret_cast<V*>(bytes), _mm256_permute2x128_si256(a, b, 0x20));
-            _mm256_storeu_si256(reinterpret_cast<V*>(bytes + 32), _mm256_permute2x128_si256(a, b, 0x31));
+    // A block of k consecutive vectors, 16 k bytes: in memory lane 0's
+    // vectors 0..k-1, then lane 1's. With both lanes filled the block moves
+    // as k whole registers, each put together from two lanes by one
+    // exchange (register m holds the block's 16-byte pieces 2m and 2m + 1;
+    // piece c is lane c / k of vector c % k). Otherwise, and for streaming
+    // stores, lane by lane.
+    template <int k, int m>
+    ZENK_VECTOR_OP V Gathered(const V* v) {
+        constexpr int a = 2 * m, b = 2 * m + 1;
+        return _mm256_permute2x128_si256(v[a % k], v[b % k], (a / k) | (2 + b / k) << 4);
+    }
+    template <int k>
+    ZENK_VECTOR_OP void LoadBlock(const void* p, V v[k]) {
+        const auto* bytes = static_cast<const uint8_t*>(p);
+        if constexpr (kActive == 2) {
+            V w[k];
+            for (int m = 0; m < k; ++m) w[m] = _mm256_loadu_si256(reinterpret_cast<const V*>(bytes + 32 * m));
+            // Vector i is pieces i and k + i: the inverse of Gathered.
+            [&]<int... i>(std::integer_sequence<int, i...>) {
+                ((v[i] = _mm256_permute2x128_si256(w[i / 2], w[(k + i) / 2], (i % 2) | (2 + (k + i) % 2) << 4)), ...);
+            }(std::make_integer_sequence<int, k>{});
         } else {
-            Put<Store>(bytes, a, 32);
-            Put<Store>(bytes + 16, b, 32);
+            for (int i = 0; i < k; ++i) v[i] = LoadU(bytes + 16 * i, 16 * k);
         }
     }
+    template <class Store, int k>
+    ZENK_VECTOR_OP void PutBlock(void* p, const V v[k]) {
+        auto* bytes = static_cast<uint8_t*>(p);
+        if constexpr (kActive == 2 && !Store::kStreaming) {
+            [&]<int... m>(std::integer_sequence<int, m...>) {
+                (_mm256_storeu_si256(reinterpret_cast<V*>(bytes + 32 * m), Gathered<k, m>(v)), ...);
+            }(std::make_integer_sequence<int, k>{});
+        } else {
+            for (int i = 0; i < k; ++i) Put<Store>(bytes + 16 * i, v[i], 16 * k);
+        }
+    }
+
     // Two streams written lane by lane in turn (x's lane j, then y's), for
     // planes that may overlap: the later store wins as in the SSE2 kernel.
     template <class Store>

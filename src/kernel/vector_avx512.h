@@ -83,22 +83,75 @@ struct Avx512Lanes {
         }
         Scatter(p, v, step, [](uint8_t* b, __m128i lane) { Store::Store(b, lane); });
     }
-    // A block's bytes are the 32 of two registers, a and then b: lane j of
-    // each to p + 32 j. With every lane filled that is two whole-register
-    // stores after two lane interleaves.
-    template <class Store>
-    ZENK_VECTOR_OP void PutPair(void* p, V a, V b) {
-        auto* bytes = static_cast<uint8_t*>(p);
-        if constexpr (kActive == 4 && !Store::kStreaming) {
-            const V low = _mm512_permutex2var_epi64(a, _mm512_set_epi64(11, 10, 3, 2, 9, 8, 1, 0), b);
-            const V high = _mm512_permutex2var_epi64(a, _mm512_set_epi64(15, 14, 7, 6, 13, 12, 5, 4), b);
-            _mm512_storeu_si512(bytes, low);
-            _mm512_storeu_si512(bytes + 64, high);
+    // A block of k consecutive vectors, 16 k bytes: in memory lane 0's
+    // vectors 0..k-1, then lane 1's, and so on. With every lane filled, a
+    // block of two, three or four vectors moves as whole registers after an
+    // exchange of lanes (for four, a transpose of 4 x 4 lanes, its own
+    // inverse); otherwise, and for streaming stores, lane by lane.
+    ZENK_VECTOR_OP void Transpose4(const V in[4], V out[4]) {
+        const V t0 = _mm512_shuffle_i64x2(in[0], in[1], 0x44), t1 = _mm512_shuffle_i64x2(in[0], in[1], 0xEE);
+        const V t2 = _mm512_shuffle_i64x2(in[2], in[3], 0x44), t3 = _mm512_shuffle_i64x2(in[2], in[3], 0xEE);
+        out[0] = _mm512_shuffle_i64x2(t0, t2, 0x88);
+        out[1] = _mm512_shuffle_i64x2(t0, t2, 0xDD);
+        out[2] = _mm512_shuffle_i64x2(t1, t3, 0x88);
+        out[3] = _mm512_shuffle_i64x2(t1, t3, 0xDD);
+    }
+    // Three vectors (a BGR24 block): each 64-byte register of the block
+    // takes its lanes from three vectors, two at once and the third under a
+    // mask; and back.
+    ZENK_VECTOR_OP V Merge3(V a, V b, V c, V two, V one) {
+        return _mm512_mask_permutexvar_epi64(_mm512_permutex2var_epi64(a, two, b), 0x30, one, c);
+    }
+    ZENK_VECTOR_OP void ToMemoryOrder3(const V v[3], V w[3]) {
+        w[0] = Merge3(v[0], v[1], v[2], _mm512_set_epi64(3, 2, 0, 0, 9, 8, 1, 0), _mm512_set_epi64(0, 0, 1, 0, 0, 0, 0, 0));
+        w[1] = Merge3(v[1], v[2], v[0], _mm512_set_epi64(5, 4, 0, 0, 11, 10, 3, 2), _mm512_set_epi64(0, 0, 5, 4, 0, 0, 0, 0));
+        w[2] = Merge3(v[2], v[0], v[1], _mm512_set_epi64(7, 6, 0, 0, 15, 14, 5, 4), _mm512_set_epi64(0, 0, 7, 6, 0, 0, 0, 0));
+    }
+    ZENK_VECTOR_OP void FromMemoryOrder3(const V w[3], V v[3]) {
+        v[0] = _mm512_mask_permutexvar_epi64(_mm512_permutex2var_epi64(w[0], _mm512_set_epi64(0, 0, 13, 12, 7, 6, 1, 0), w[1]),
+                                             0xC0, _mm512_set_epi64(3, 2, 0, 0, 0, 0, 0, 0), w[2]);
+        v[1] = _mm512_mask_permutexvar_epi64(_mm512_permutex2var_epi64(w[0], _mm512_set_epi64(0, 0, 15, 14, 9, 8, 3, 2), w[1]),
+                                             0xC0, _mm512_set_epi64(5, 4, 0, 0, 0, 0, 0, 0), w[2]);
+        v[2] = _mm512_mask_permutexvar_epi64(_mm512_permutex2var_epi64(w[1], _mm512_set_epi64(15, 14, 9, 8, 3, 2, 0, 0), w[2]),
+                                             0x03, _mm512_set_epi64(0, 0, 0, 0, 0, 0, 5, 4), w[0]);
+    }
+    template <int k>
+    ZENK_VECTOR_OP void LoadBlock(const void* p, V v[k]) {
+        const auto* bytes = static_cast<const uint8_t*>(p);
+        if constexpr (kActive == 4 && k == 2) {
+            const V x = _mm512_loadu_si512(bytes), y = _mm512_loadu_si512(bytes + 64);
+            v[0] = _mm512_permutex2var_epi64(x, _mm512_set_epi64(13, 12, 9, 8, 5, 4, 1, 0), y);
+            v[1] = _mm512_permutex2var_epi64(x, _mm512_set_epi64(15, 14, 11, 10, 7, 6, 3, 2), y);
+        } else if constexpr (kActive == 4 && (k == 3 || k == 4)) {
+            V w[k];
+            for (int m = 0; m < k; ++m) w[m] = _mm512_loadu_si512(bytes + 64 * m);
+            if constexpr (k == 3)
+                FromMemoryOrder3(w, v);
+            else
+                Transpose4(w, v);
         } else {
-            Put<Store>(bytes, a, 32);
-            Put<Store>(bytes + 16, b, 32);
+            for (int i = 0; i < k; ++i) v[i] = LoadU(bytes + 16 * i, 16 * k);
         }
     }
+    template <class Store, int k>
+    ZENK_VECTOR_OP void PutBlock(void* p, const V v[k]) {
+        auto* bytes = static_cast<uint8_t*>(p);
+        if constexpr (kActive == 4 && k == 2 && !Store::kStreaming) {
+            _mm512_storeu_si512(bytes, _mm512_permutex2var_epi64(v[0], _mm512_set_epi64(11, 10, 3, 2, 9, 8, 1, 0), v[1]));
+            _mm512_storeu_si512(bytes + 64,
+                                _mm512_permutex2var_epi64(v[0], _mm512_set_epi64(15, 14, 7, 6, 13, 12, 5, 4), v[1]));
+        } else if constexpr (kActive == 4 && (k == 3 || k == 4) && !Store::kStreaming) {
+            V w[k];
+            if constexpr (k == 3)
+                ToMemoryOrder3(v, w);
+            else
+                Transpose4(v, w);
+            for (int m = 0; m < k; ++m) _mm512_storeu_si512(bytes + 64 * m, w[m]);
+        } else {
+            for (int i = 0; i < k; ++i) Put<Store>(bytes + 16 * i, v[i], 16 * k);
+        }
+    }
+
     // Two streams written lane by lane in turn (x's lane j, then y's), for
     // planes that may overlap: the later store wins as in the SSE2 kernel.
     template <class Store>

@@ -80,10 +80,14 @@ struct Sse2 {
     ZENK_VECTOR_OP V Load16(const void* p, int32_t) { return Load16(p); }
     template <class Store>
     ZENK_VECTOR_OP void Put(void* p, V v, int32_t) { Store::Store(p, v); }
-    template <class Store>
-    ZENK_VECTOR_OP void PutPair(void* p, V a, V b) {
-        Store::Store(p, a);
-        Store::Store(static_cast<uint8_t*>(p) + 16, b);
+    // A block of k consecutive vectors: v[i] from or to p + 16 i.
+    template <int k>
+    ZENK_VECTOR_OP void LoadBlock(const void* p, V v[k]) {
+        for (int i = 0; i < k; ++i) v[i] = LoadU(static_cast<const uint8_t*>(p) + 16 * i);
+    }
+    template <class Store, int k>
+    ZENK_VECTOR_OP void PutBlock(void* p, const V v[k]) {
+        for (int i = 0; i < k; ++i) Store::Store(static_cast<uint8_t*>(p) + 16 * i, v[i]);
     }
     ZENK_VECTOR_OP void Put64(void* p, V v, int32_t) { Store64(p, v); }
     ZENK_VECTOR_OP void Put32(void* p, V v, int32_t) { Store32(p, v); }

@@ -41,22 +41,24 @@ struct Pixels {
     // Sixteen pixels, four a vector (B, G, R, A in each 32-bit lane).
     template <class L>
     static void LoadBgr32(const uint8_t* p, V px[4]) {
-        for (int i = 0; i < 4; ++i) px[i] = L::LoadU(p + 16 * i, 64);
+        L::template LoadBlock<4>(p, px);
     }
     template <class L>
     static void LoadBgr24(const uint8_t* p, V px[4]) {
-        UnpackBgr24<L>(L::LoadU(p, 48), L::LoadU(p + 16, 48), L::LoadU(p + 32, 48), px);
+        V bytes[3];
+        L::template LoadBlock<3>(p, bytes);
+        UnpackBgr24<L>(bytes[0], bytes[1], bytes[2], px);
     }
-    // `count` vectors of a block, 16 bytes apart; lane j `count` vectors on.
-    template <class L, class Store>
-    static void StoreVectors(uint8_t* p, const V* v, int count) {
-        for (int i = 0; i < count; ++i) L::template Put<Store>(p + 16 * i, v[i], 16 * count);
+    // The `count` vectors of a block, 16 bytes apart.
+    template <class L, class Store, int count>
+    static void StoreVectors(uint8_t* p, const V* v) {
+        L::template PutBlock<Store, count>(p, v);
     }
     template <class L, class Store>
     static void StoreBgr24(uint8_t* p, const V px[4]) {
         V out[3];
         PackBgr24<L>(px, out);
-        StoreVectors<L, Store>(p, out, 3);
+        StoreVectors<L, Store, 3>(p, out);
     }
     // A copy's block of `vectors` 16-byte vectors, as whole registers of L.
     template <class L, class Store>
@@ -144,7 +146,7 @@ struct Bgr24ToBgr32 : ToBgr32<S> {
         this->template LoadBgr24<L>(this->src, px);
         const auto alpha_lanes = L::Set32(static_cast<uint32_t>(this->alpha_byte) << 24);
         for (auto& v : px) v = L::Or(v, alpha_lanes);
-        this->template StoreVectors<L, Store>(this->dst, px, 4);
+        this->template StoreVectors<L, Store, 4>(this->dst, px);
         this->src += 48 * L::kActiveLanes;
         this->dst += 64 * L::kActiveLanes;
     }
@@ -227,7 +229,7 @@ struct MergeAlpha : ToBgr32<S> {
         px[1] = L::Or(px[1], L::Hi16(zero, low));
         px[2] = L::Or(px[2], L::Lo16(zero, high));
         px[3] = L::Or(px[3], L::Hi16(zero, high));
-        this->template StoreVectors<L, Store>(this->dst, px, 4);
+        this->template StoreVectors<L, Store, 4>(this->dst, px);
         this->src += 48 * L::kActiveLanes;
         this->src_alpha += 16 * L::kActiveLanes;
         this->dst += 64 * L::kActiveLanes;

@@ -117,7 +117,9 @@ struct Bgr32Pixels {
     static constexpr int kBlockBytes = 32;
     template <class S>
     static Quads<S> Block(const uint8_t* s) {
-        return QuadsFromBgr32<S>(S::LoadU(s, kBlockBytes), S::LoadU(s + 16, kBlockBytes));
+        typename S::V pairs[2];
+        S::template LoadBlock<2>(s, pairs);
+        return QuadsFromBgr32<S>(pairs[0], pairs[1]);
     }
     template <class S>
     static Quads<S> Pair(const uint8_t* s) { return QuadsFromBgr32<S>(S::Load64(s, 0), S::Zero()); }
@@ -437,8 +439,9 @@ struct LineWriter : Layout::Cursor {
             Layout::SkipBlocks(*this, kOthers);
         }
         if constexpr (kAlpha) {
-            const auto words =
-                AlphaWords<L>(L::LoadU(src, Source::kBlockBytes), L::LoadU(src + 16, Source::kBlockBytes));
+            typename L::V px[2];
+            L::template LoadBlock<2>(src, px);
+            const auto words = AlphaWords<L>(px[0], px[1]);
             L::Put64(alpha, L::PackS16ToU8(words, words), 8);
             alpha += 8 * L::kActiveLanes;
         }

@@ -167,7 +167,7 @@ struct Bgr32 {
         const YuvWords<S> w = Src::template Block<S>(s, 1);
         typename S::V px[2];
         PackBgra<S>(Decode8<S>(k, w), AlphaWords<S>(k, w), px);
-        S::template PutPair<Store>(d, px[0], px[1]);
+        S::template PutBlock<Store, 2>(d, px);
         d += 32 * S::kActiveLanes;
         Src::Skip(s, S::kActiveLanes - 1);
     }
@@ -193,9 +193,7 @@ struct Bgr24 {
         PackBgra<S>(Decode8<S>(k, Src::template Block<S>(s, 2)), k.alpha, px + 2);
         typename S::V out[3];
         PackBgr24<S>(px, out);
-        S::template Put<Store>(d, out[0], 48);
-        S::template Put<Store>(d + 16, out[1], 48);
-        S::template Put<Store>(d + 32, out[2], 48);
+        S::template PutBlock<Store, 3>(d, out);
         d += 48 * S::kActiveLanes;
         Src::Skip(s, 2 * (S::kActiveLanes - 1));
     }

@@ -100,9 +100,12 @@ struct MatrixChange : PackedLine<4> {
     static constexpr bool kStreamEnds = false;
     template <class Store, class L = S>
     void Block() {
-        auto a = In<L>::Unpack(L::LoadU(src, 32)), b = In<L>::Unpack(L::LoadU(src + 16, 32));
+        typename L::V v[2];
+        L::template LoadBlock<2>(src, v);
+        auto a = In<L>::Unpack(v[0]), b = In<L>::Unpack(v[1]);
         ChangeMatrix<L, kLuma>(m, a, b);
-        L::template PutPair<Store>(dst, Out<L>::Pack(a), Out<L>::Pack(b));
+        const typename L::V out[2] = {Out<L>::Pack(a), Out<L>::Pack(b)};
+        L::template PutBlock<Store, 2>(dst, out);
         src += 32 * L::kActiveLanes;
         dst += 32 * L::kActiveLanes;
     }
@@ -151,7 +154,9 @@ struct SplitToPlanar : PackedLine<4> {
     // a time.
     template <class, class L = S>
     void Block() {
-        const auto a = L::LoadU(src, 32), b = L::LoadU(src + 16, 32);
+        typename L::V v[2];
+        L::template LoadBlock<2>(src, v);
+        const auto a = v[0], b = v[1];
         const auto low_bytes = L::Set16(0xFF);
         const auto luma = L::PackS16ToU8(L::template Shr16<8>(a), L::template Shr16<8>(b));
         const auto cbcr = L::PackS16ToU8(L::And(a, low_bytes), L::And(b, low_bytes));
@@ -203,9 +208,9 @@ struct WidenTo444 : PackedLine<8> {
     }
     template <class Store, class L = S>
     void Block() {
-        V p0, p1;
-        Widen<L>(L::LoadU(src, 16), p0, p1);
-        L::template PutPair<Store>(dst, p0, p1);
+        V p[2];
+        Widen<L>(L::LoadU(src, 16), p[0], p[1]);
+        L::template PutBlock<Store, 2>(dst, p);
         src += 16 * L::kActiveLanes;
         dst += 32 * L::kActiveLanes;
     }
