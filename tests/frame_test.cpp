@@ -1,6 +1,6 @@
 // The export frame: plain entry points, and worked examples of the pair
-// modes' line addressing. (Kernel selection shows in the differential
-// test's export cases.)
+// modes' line addressing (which lines the walk then takes shows in
+// PairModeLayout; kernel selection in the differential test's export cases).
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -109,35 +109,6 @@ TEST(ComputeLineAddresses, PairModesTable) {
         EXPECT_EQ(set.dst_alpha_line, r.dst_alpha_plane);
         EXPECT_EQ(set.dst_alpha_advance, 33);
         EXPECT_EQ(set.line_count, 540);
-    }
-}
-
-// The walk of a pair mode: which source line feeds which destination line.
-TEST(WalkLinePairs, SourceLinesOfEachMode) {
-    struct Row {
-        int vertical_mode;
-        uint8_t field_pair;
-        std::vector<int> lines;
-    };
-    const Row rows[] = {{1, 0, {0, 2, 4, 6, 8, 10}},
-                        {1, 1, {0, 1, 4, 5, 8, 9}},
-                        {2, 0, {0, 4, 8, 12, 16, 20}},
-                        {2, 1, {0, 1, 8, 9, 16, 17}}};
-    static uint8_t picture[64 * 32];
-    for (const Row& row : rows) {
-        Request r{};
-        r.src_plane = picture;
-        r.src_stride = 64;
-        r.scan_mode = 1;
-        r.vertical_mode = row.vertical_mode;
-        r.src_field_pair = row.field_pair;
-        r.src_height = 32;
-        r.dst_height = 6;
-        std::vector<int> seen;
-        WalkLinePairs(PairModeLines(&r), [&](const uint8_t* src, uint8_t*) {
-            seen.push_back(static_cast<int>((src - picture) / 64));
-        });
-        EXPECT_EQ(seen, row.lines) << "vertical_mode " << row.vertical_mode << " field_pair " << int(row.field_pair);
     }
 }
 

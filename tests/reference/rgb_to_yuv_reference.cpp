@@ -5,7 +5,20 @@
 #include "support/test_picture.h"
 
 namespace zenk::test {
+namespace {
 
+// The values of one pixel pair before layout: Y0, Y1 with the luma offset,
+// Cb, Cr with 128 added and saturated (not yet clamped).
+struct EncodedPair {
+    int y0, y1, cb, cr;
+};
+
+// The weights of one set, 15 fractional bits.
+struct ReferenceWeights {
+    int kr, kg, kb, cb_b, cb_g, cb_r, cr_r, cr_g, cr_b, luma_offset;
+};
+
+// The set a request selects, given what host option 128 answers.
 ReferenceWeights SelectWeights(const ZenkConversionRequest& r, int32_t host_option) {
     //                                 Kr     Kg     Kb    CbB     CbG    CbR    CrR     CrG    CrB  offset
     static const ReferenceWeights k601[3] = {{8414, 16519, 3208, 14392, -9535, -4857, 14392, -12051, -2340, 16},
@@ -17,8 +30,6 @@ ReferenceWeights SelectWeights(const ZenkConversionRequest& r, int32_t host_opti
     const int set = r.full_range == 0 ? 0 : (host_option != 0 ? 1 : 2);
     return r.dst_matrix == 1 ? k601[set] : k709[set];
 }
-
-namespace {
 
 int Scale(int sum) { return (sum + 16384) >> 15; }
 
@@ -38,14 +49,6 @@ EncodedPair Encode(const ReferenceWeights& w, const PairSamples& p) {
 PairSamples Samples(const uint8_t* px0, const uint8_t* px1) {
     return {px0[0], px0[1], px0[2], px1[0], px1[1], px1[2]};
 }
-
-}  // namespace
-
-EncodedPair EncodePair(const ReferenceWeights& w, const uint8_t* even, const uint8_t* odd) {
-    return Encode(w, Samples(even, odd));
-}
-
-namespace {
 
 struct Limits {
     int low, high;

@@ -12,24 +12,6 @@ namespace zenk::test {
 enum class EncodeSource { kBgr32, kBgr24 };
 enum class EncodeLayout { kUyvy, kYuyv, kUvyy, kY8Uv };
 
-// The values of one pixel pair before layout: Y0, Y1 with the luma offset,
-// Cb, Cr with 128 added and saturated (not yet clamped).
-struct EncodedPair {
-    int y0, y1, cb, cr;
-};
-
-// The weights of one set, 15 fractional bits.
-struct ReferenceWeights {
-    int kr, kg, kb, cb_b, cb_g, cb_r, cr_r, cr_g, cr_b, luma_offset;
-};
-
-// The set a request selects, given what host option 128 answers.
-ReferenceWeights SelectWeights(const ZenkConversionRequest& r, int32_t host_option);
-
-// The pair of pixels `even` and `odd` (B, G, R each): Cb from the even
-// pixel, Cr from the odd one.
-EncodedPair EncodePair(const ReferenceWeights& w, const uint8_t* even, const uint8_t* odd);
-
 struct EncodeKernel {
     EncodeSource source;
     EncodeLayout layout;

@@ -5,7 +5,16 @@
 #include "support/test_picture.h"
 
 namespace zenk::test {
+namespace {
 
+struct DecodingNumbers {
+    int32_t offset, gain;
+    int32_t cb_to_b, cr_to_b, cb_to_r, cr_to_r, cb_to_g, cr_to_g;
+    int32_t clamp_low, clamp_high;
+};
+
+// The numbers a conversion decodes with, for the request's selectors and
+// what the host answers to option 128.
 DecodingNumbers ReferenceNumbers(const ZenkConversionRequest& r, int32_t host_answer) {
     // Chroma sets as (Cb->B, Cr->R, Cb->G, Cr->G) at 13 fractional bits.
     static const int32_t kSets[4][4] = {
@@ -29,8 +38,6 @@ DecodingNumbers ReferenceNumbers(const ZenkConversionRequest& r, int32_t host_an
     return n;
 }
 
-namespace {
-
 int SaturateByte(int64_t v) {
     const int64_t word = std::clamp<int64_t>(v, -32768, 32767);
     return static_cast<int>(std::clamp<int64_t>(word, 0, 255));
@@ -39,8 +46,7 @@ int SaturateByte(int64_t v) {
 // Floor division by 2^14 of a possibly negative sum.
 int64_t Shift14(int64_t v) { return v >= 0 ? v / 16384 : -((-v + 16383) / 16384); }
 
-}  // namespace
-
+// B, G, R of one pixel; `odd` is the pixel's position in its pair.
 void ReferenceDecodePixel(const DecodingNumbers& n, int y, int cb, int cr, bool odd, uint8_t bgr[3]) {
     int32_t yd = std::clamp(y, n.clamp_low, n.clamp_high) - n.offset;
     if (!odd) yd &= 0xFF;  // even pixels keep the low byte of their Yd only
@@ -50,8 +56,6 @@ void ReferenceDecodePixel(const DecodingNumbers& n, int y, int cb, int cr, bool 
     bgr[1] = static_cast<uint8_t>(SaturateByte(Shift14(c_b * n.cb_to_g + c_r * n.cr_to_g + luma)));
     bgr[2] = static_cast<uint8_t>(SaturateByte(Shift14(c_b * n.cb_to_r + c_r * n.cr_to_r + luma)));
 }
-
-namespace {
 
 struct LineSources {
     const uint8_t* pixels;  // packed line or luma line

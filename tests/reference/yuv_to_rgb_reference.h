@@ -18,19 +18,6 @@ struct YuvDecoding {
     FourthByte fourth;
 };
 
-struct DecodingNumbers {
-    int32_t offset, gain;
-    int32_t cb_to_b, cr_to_b, cb_to_r, cr_to_r, cb_to_g, cr_to_g;
-    int32_t clamp_low, clamp_high;
-};
-
-// The numbers a conversion decodes with, for the request's selectors and
-// what the host answers to option 128.
-DecodingNumbers ReferenceNumbers(const ZenkConversionRequest& r, int32_t host_answer);
-
-// B, G, R of one pixel; `odd` is the pixel's position in its pair.
-void ReferenceDecodePixel(const DecodingNumbers& n, int y, int cb, int cr, bool odd, uint8_t bgr[3]);
-
 // Frame kernels: src_height lines walked with the skips. An aligned kernel
 // converts whole blocks of `aligned_block` pixels; the others (0) every pixel
 // but a last odd one.

@@ -43,6 +43,18 @@ MatrixChangeModel Derive(const Standard& from, const Standard& to) {
 
 int16_t Wrap16(int v) { return static_cast<int16_t>(static_cast<uint16_t>(v)); }
 
+// Rounding of a 16-bit value with 8 fractional bits: +128 if `add_half`,
+// then -128 if negative, both wrapping at 16 bits, then >> 8.
+int ReferenceRound(int16_t value, bool add_half) {
+    int16_t v = Wrap16(value + (add_half ? 128 : 0));
+    if (v < 0) v = Wrap16(v - 128);
+    return v >> 8;
+}
+
+struct YuvPairValues {
+    uint8_t y0, y1, cb, cr;
+};
+
 uint8_t SaturateByte(int v) { return static_cast<uint8_t>(std::clamp(v, 0, 255)); }
 
 // A pair's values before rounding: clamped luma, and the three sums with 8
@@ -144,12 +156,6 @@ bool Multiple(int32_t v, uint32_t unit) { return static_cast<uint32_t>(v) % unit
 
 MatrixChangeModel ReferenceMatrixChangeSet(int32_t src_matrix, int32_t dst_matrix) {
     return (src_matrix == 1 && dst_matrix == 0) ? Derive(kBt601, kBt709) : Derive(kBt709, kBt601);
-}
-
-int ReferenceRound(int16_t value, bool add_half) {
-    int16_t v = Wrap16(value + (add_half ? 128 : 0));
-    if (v < 0) v = Wrap16(v - 128);
-    return v >> 8;
 }
 
 void ReferenceYuvKernel(const ZenkConversionRequest& r, const YuvKernelModel& k, bool aligned_kernel) {

@@ -56,12 +56,4 @@ struct MatrixChangeModel {
 };
 MatrixChangeModel ReferenceMatrixChangeSet(int32_t src_matrix, int32_t dst_matrix);
 
-// Rounding of a 16-bit value with 8 fractional bits: +128 if `add_half`,
-// then -128 if negative, both wrapping at 16 bits, then >> 8.
-int ReferenceRound(int16_t value, bool add_half);
-
-struct YuvPairValues {
-    uint8_t y0, y1, cb, cr;
-};
-
 }  // namespace zenk::test

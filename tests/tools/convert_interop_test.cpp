@@ -1,6 +1,8 @@
 // Raw files interoperate: what the tool writes is what the library, called
 // directly by a host, makes of the same input; slicing a frame across
-// threads changes no byte; the raw layouts are the documented ones.
+// threads changes no byte; the raw layouts and test cards are the documented
+// ones.
+#include <array>
 #include <numeric>
 
 #include "tool_runner.h"
@@ -8,36 +10,28 @@
 namespace zenk::tool::test {
 namespace {
 
-// A picture as a host would hand it to the library: each plane on its own
-// 64-byte boundary, lines back to back.
-struct HostPicture {
-    // Zeroed, as the tool's own frames are: a conversion that leaves bytes
-    // unwritten leaves them the same in both.
-    struct Plane {
-        Bytes storage;
-        uint8_t* data = nullptr;
-        size_t bytes = 0;
-        int32_t pitch = 0;
-        Plane(size_t n, int32_t line) : storage(n + 64), bytes(n), pitch(line) {
-            data = storage.data() + (64 - reinterpret_cast<uintptr_t>(storage.data()) % 64) % 64;
-        }
-    };
-    Plane colour, alpha;
+// One plane as a host hands it to the library: zeroed (as the tool's own
+// frames are, so bytes a conversion leaves alone match), on a 64-byte
+// boundary, lines back to back.
+struct HostPlane {
+    Bytes storage;
+    uint8_t* data;
+    size_t bytes;
+    int32_t pitch;
+    HostPlane(size_t n, int32_t line) : storage(n + 64), bytes(n), pitch(line) {
+        data = storage.data() + (64 - reinterpret_cast<uintptr_t>(storage.data()) % 64) % 64;
+    }
+};
 
+// A frame of `f`: the colour block (a Y8PUV8I chroma plane after its luma
+// lines), then an IA8P format's alpha plane.
+struct HostPicture {
+    HostPlane colour, alpha;
     HostPicture(Format f, int32_t w, int32_t h)
-        : colour(ColourBytes(f, w, h), Info(f).layout == Layout::Planar422 ? w : Info(f).colour_bytes_per_pixel * w),
+        : colour(size_t(Line(f, w)) * h * (Info(f).layout == Layout::Planar422 ? 2 : 1), Line(f, w)),
           alpha(Info(f).alpha_plane ? size_t(w) * h : 0, Info(f).alpha_plane ? w : 0) {}
-    static size_t ColourBytes(Format f, int32_t w, int32_t h) {
-        const bool planar = Info(f).layout == Layout::Planar422;
-        return size_t(planar ? w : Info(f).colour_bytes_per_pixel * w) * h * (planar ? 2 : 1);
-    }
-    void Load(const uint8_t* bytes) {
-        std::copy(bytes, bytes + colour.bytes, colour.data);
-        std::copy(bytes + colour.bytes, bytes + colour.bytes + alpha.bytes, alpha.data);
-    }
-    void Store(Bytes& out) const {
-        out.insert(out.end(), colour.data, colour.data + colour.bytes);
-        out.insert(out.end(), alpha.data, alpha.data + alpha.bytes);
+    static int32_t Line(Format f, int32_t w) {
+        return Info(f).layout == Layout::Planar422 ? w : Info(f).colour_bytes_per_pixel * w;
     }
 };
 
@@ -76,10 +70,12 @@ Bytes ConvertDirectly(Format src, Format dst, const Settings& s, const Bytes& in
     if (s.vertical_mode == 3) dw = 2 * s.width, dh = 2 * s.height;
     HostPicture in(src, s.width, s.height), out(dst, dw, dh);
     const size_t frame = in.colour.bytes + in.alpha.bytes;
-    const ZenkConvertFunction convert = TheLibrary().Find(src, dst);
     Bytes result;
     for (size_t at = 0; src == Format::A8C ? at == 0 : at < input.size(); at += frame ? frame : 1) {
-        if (frame) in.Load(input.data() + at);
+        if (frame) {
+            std::copy_n(input.data() + at, in.colour.bytes, in.colour.data);
+            std::copy_n(input.data() + at + in.colour.bytes, in.alpha.bytes, in.alpha.data);
+        }
         ZenkConversionRequest r{};
         if (src != Format::A8C) r.src_plane = in.colour.data;
         r.src_width = s.width;
@@ -107,55 +103,31 @@ Bytes ConvertDirectly(Format src, Format dst, const Settings& s, const Bytes& in
         r.clamp_luma = s.clamp_luma;
         r.scan_mode = s.scan_mode;
         r.vertical_mode = s.vertical_mode;
-        convert(&r);
-        out.Store(result);
+        TheLibrary().Find(src, dst)(&r);
+        result.insert(result.end(), out.colour.data, out.colour.data + out.colour.bytes);
+        result.insert(result.end(), out.alpha.data, out.alpha.data + out.alpha.bytes);
     }
     return result;
 }
 
-// A source file of format `f` holding two frames: two test cards made by the
-// tool where the library can make `f`, otherwise noise (every byte pattern
-// is a valid picture in these formats). Empty for the constant A8C.
+// A source file of format `f` holding two frames of noise: every byte
+// pattern is a valid picture in these formats, and every line differs from
+// the others, so a line-pair mode that picks the wrong lines shows. Empty
+// for the constant A8C.
 std::string MakeSource(const Scratch& dir, Format f, int32_t w, int32_t h) {
-    const std::string path = dir / ("source-" + Token(f) + "-" + std::to_string(w) + "x" + std::to_string(h));
     if (f == Format::A8C) return "";
-    if (std::filesystem::exists(path)) return path;  // made earlier in this test
-    if (f != Format::BGR32I && !TheLibrary().Has(Format::BGR32I, f)) {
-        Bytes noise(static_cast<size_t>(2 * LayoutOf(f, w, h).total()));
-        uint32_t x = 0x12345678u ^ static_cast<uint32_t>(f);
-        for (uint8_t& b : noise) b = static_cast<uint8_t>((x = x * 1664525u + 1013904223u) >> 24);
-        WriteBytes(path, noise);
-        return path;
-    }
-    const std::string size = std::to_string(w) + "x" + std::to_string(h);
-    Bytes frames;
-    for (const char* card : {"keyed-bars", "bars75"}) {
-        RunOk({"--matrix", "601", "--test-card", card, "--size", size, "--to", Token(f), path});
-        const Bytes one = ReadBytes(path);
-        frames.insert(frames.end(), one.begin(), one.end());
-    }
-    WriteBytes(path, frames);
+    const std::string path = dir / ("source-" + Token(f) + "-" + std::to_string(w) + "x" + std::to_string(h));
+    Bytes noise(static_cast<size_t>(2 * LayoutOf(f, w, h).total()));
+    uint32_t x = 0x12345678u ^ static_cast<uint32_t>(f);
+    for (uint8_t& b : noise) b = static_cast<uint8_t>((x = x * 1664525u + 1013904223u) >> 24);
+    WriteBytes(path, noise);
     return path;
 }
 
-// The interleaved format of an IA8P format's colour block.
-Format ColourOf(Format f) {
-    if (!Info(f).alpha_plane) return f;
-    const std::string_view token = Info(f).token;
-    return *ParseFormat(token.substr(0, token.size() - 3));
-}
-
-std::vector<std::string> ToolArgs(const Pair& p, const Settings& s, const std::string& in, const std::string& out) {
-    std::vector<std::string> args = s.Flags();
-    args.insert(args.end(), {"--from", Token(p.src), "--to", Token(p.dst)});
-    if (!in.empty()) args.push_back(in);
-    args.push_back(out);
-    return args;
-}
-
 // The colour options reach the library as a host sets them: BT.601 studio
-// range with clamped luma in every line-pair mode, and in frame mode BT.709
-// full range with streaming stores, and a change of matrix.
+// range with clamped luma in every line-pair mode (each field of a pair in
+// mode 2), and in frame mode BT.709 full range with streaming stores, and a
+// change of matrix.
 //
 // Slicing a frame across threads changes no byte: slices start on lines that
 // keep the planes' 16-byte residues, so the library picks the same kernel for
@@ -190,7 +162,10 @@ TEST(ConvertInterop, EveryResolvedPairWritesWhatTheLibraryMakesOfTheInput) {
         }
         for (const Settings& s : runs) {
             const std::string source = MakeSource(dir, p.src, s.width, s.height);
-            const std::vector<std::string> args = ToolArgs(p, s, source, dir / "out");
+            std::vector<std::string> args = s.Flags();
+            args.insert(args.end(), {"--from", Token(p.src), "--to", Token(p.dst)});
+            if (!source.empty()) args.push_back(source);
+            args.push_back(dir / "out");
             SCOPED_TRACE(std::accumulate(args.begin(), args.end(), std::string(), [](auto a, auto b) { return a + " " + b; }));
             const ToolResult r = RunOk(args);
             const bool whole = s.threads > 1 && (s.vertical_mode != 0 || Info(p.src).layout == Layout::Planar422);
@@ -203,49 +178,46 @@ TEST(ConvertInterop, EveryResolvedPairWritesWhatTheLibraryMakesOfTheInput) {
     EXPECT_GE(checked, 5 * 14);  // the RGB and alpha pairs at least
 }
 
-// The test cards' levels and their BGRA order: 100% bars at 255, 75% bars
-// at 191 ending in black, a rising ramp, and keyed bars whose alpha ramps
-// from transparent to opaque.
+// The test cards, as BGRA: 100% bars at 255 and 75% bars at 191 (white,
+// yellow, cyan, green, magenta, red, blue, black; two pixels each), a grey
+// ramp in steps of 17, and 100% bars whose alpha ramps the same way.
 TEST(ConvertInterop, TestCardsHaveTheirLevels) {
-    Scratch dir;
-    auto card = [&](const char* name) {
-        RunOk({"--test-card", name, "--size", "16x1", "--to", "BGR32I", dir / name});
-        return ReadBytes(dir / name);
+    struct Row {
+        const char* card;
+        size_t pixel;
+        Bytes bgra;
     };
-    const Bytes bars100 = card("bars100"), bars75 = card("bars75"), ramp = card("ramp"), keyed = card("keyed-bars");
-    EXPECT_EQ(Bytes(bars100.begin() + 8, bars100.begin() + 12), (Bytes{0, 255, 255, 255}));  // yellow
-    EXPECT_EQ(Bytes(bars75.begin(), bars75.begin() + 4), (Bytes{191, 191, 191, 255}));
-    EXPECT_EQ(Bytes(bars75.begin() + 8, bars75.begin() + 11), (Bytes{0, 191, 191}));
-    EXPECT_EQ(Bytes(bars75.end() - 4, bars75.end() - 1), (Bytes{0, 0, 0}));
-    EXPECT_EQ(ramp[0], 0);
-    EXPECT_EQ(ramp[60], 255);
-    for (size_t p = 1; p < 16; ++p) EXPECT_GT(ramp[4 * p], ramp[4 * p - 4]);
-    EXPECT_EQ(Bytes(keyed.begin() + 16, keyed.begin() + 19), (Bytes{255, 255, 0}));  // cyan
-    EXPECT_EQ(keyed[3], 0);
-    EXPECT_EQ(keyed[63], 255);
+    const Row rows[] = {{"bars100", 2, {0, 255, 255, 255}},   {"bars75", 0, {191, 191, 191, 255}},
+                        {"bars75", 4, {191, 191, 0, 255}},    {"bars75", 10, {0, 0, 191, 255}},
+                        {"bars75", 15, {0, 0, 0, 255}},
+                        {"ramp", 0, {0, 0, 0, 255}},          {"ramp", 7, {119, 119, 119, 255}},
+                        {"ramp", 15, {255, 255, 255, 255}},   {"keyed-bars", 0, {255, 255, 255, 0}},
+                        {"keyed-bars", 4, {255, 255, 0, 68}}, {"keyed-bars", 15, {0, 0, 0, 255}}};
+    Scratch dir;
+    for (const Row& row : rows) {
+        RunOk({"--test-card", row.card, "--size", "16x1", "--to", "BGR32I", dir / "card"});
+        const Bytes card = ReadBytes(dir / "card");
+        ASSERT_EQ(card.size(), 64u);
+        EXPECT_EQ(Bytes(card.begin() + 4 * row.pixel, card.begin() + 4 * row.pixel + 4), row.bgra)
+            << row.card << " pixel " << row.pixel;
+    }
 }
 
 // The YUV raw layouts are the documented ones: studio-range white (Y 235)
-// and black (Y 16), both with Cb = Cr = 128, of the 100% bars land where
-// uyvy422, yuyv422, nv16 and vuya put their samples; an IA8P frame carries
-// its alpha plane after the colour block.
+// and black (Y 16), both with Cb = Cr = 128, and yellow (low Cb, high Cr) of
+// the 100% bars land where uyvy422, yuyv422, nv16 and vuya put their
+// samples; an IA8P frame carries its alpha plane after the colour block.
 TEST(ConvertInterop, YuvRawLayoutsPutEverySampleInItsDocumentedPlace) {
     Scratch dir;
     constexpr int kW = 16;  // eight bars of one pixel pair each
-    struct Sample {
-        int y0, y1, cb, cr;  // byte offsets within the frame for pixel pair p, as functions of p below
-    };
-    auto offsets = [&](Format f, int p) -> Sample {
-        switch (Info(f).layout) {
-            case Layout::Planar422: return {2 * p, 2 * p + 1, kW + 2 * p, kW + 2 * p + 1};
-            case Layout::Packed444Alpha: return {8 * p + 2, 8 * p + 6, 8 * p + 1, 8 * p};
-            default: break;
-        }
-        switch (ColourOf(f)) {
-            case Format::UYVY16I: return {4 * p + 1, 4 * p + 3, 4 * p, 4 * p + 2};
-            case Format::YUYV16I: return {4 * p, 4 * p + 2, 4 * p + 1, 4 * p + 3};
-            default: return {4 * p + 2, 4 * p + 3, 4 * p, 4 * p + 1};  // UVYY16I
-        }
+    // Byte offsets of Y0, Y1, Cb, Cr of pixel pair p within the frame.
+    auto offsets = [&](Format f, int p) -> std::array<int, 4> {
+        if (Info(f).layout == Layout::Planar422) return {2 * p, 2 * p + 1, kW + 2 * p, kW + 2 * p + 1};
+        if (Info(f).layout == Layout::Packed444Alpha) return {8 * p + 2, 8 * p + 6, 8 * p + 1, 8 * p};
+        const std::string token = Token(f);
+        if (token.rfind("UYVY", 0) == 0) return {4 * p + 1, 4 * p + 3, 4 * p, 4 * p + 2};
+        if (token.rfind("YUYV", 0) == 0) return {4 * p, 4 * p + 2, 4 * p + 1, 4 * p + 3};
+        return {4 * p + 2, 4 * p + 3, 4 * p, 4 * p + 1};  // UVYY
     };
     int checked = 0;
     for (const FormatInfo& info : AllFormats()) {
@@ -260,15 +232,14 @@ TEST(ConvertInterop, YuvRawLayoutsPutEverySampleInItsDocumentedPlace) {
         const Bytes frame = ReadBytes(dir / "out");
         ASSERT_EQ(static_cast<int64_t>(frame.size()), LayoutOf(f, kW, 1).total());
         for (const auto& [pair, luma] : {std::pair<int, uint8_t>{0, 235}, {7, 16}}) {
-            const Sample at = offsets(f, pair);
-            EXPECT_EQ((Bytes{frame[at.y0], frame[at.y1], frame[at.cb], frame[at.cr]}), (Bytes{luma, luma, 128, 128}))
+            const auto at = offsets(f, pair);
+            EXPECT_EQ((Bytes{frame[at[0]], frame[at[1]], frame[at[2]], frame[at[3]]}), (Bytes{luma, luma, 128, 128}))
                 << "pair " << pair;
         }
+        EXPECT_LT(frame[offsets(f, 1)[2]], 64);
+        EXPECT_GT(frame[offsets(f, 1)[3]], 128);
         if (via_uyvy) EXPECT_EQ(frame[3], 9);                 // vuya's A
         if (Info(f).alpha_plane) EXPECT_EQ(frame.back(), 255);  // the opaque card's alpha plane
-        // Yellow (pair 1) has a low Cb: the chroma samples are not swapped.
-        EXPECT_LT(frame[offsets(f, 1).cb], 64);
-        EXPECT_GT(frame[offsets(f, 1).cr], 128);
         ++checked;
     }
     if (checked == 0) GTEST_SKIP() << "this library writes no YUV format from BGR32I";

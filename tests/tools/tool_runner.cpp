@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <sstream>
 
 namespace zenk::tool::test {
 
@@ -95,6 +96,13 @@ std::vector<std::string> Scratch::Entries() const {
     for (const auto& e : std::filesystem::directory_iterator(dir_)) names.push_back(e.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;
+}
+
+std::vector<std::string> Scratch::Command(const std::string& line) const {
+    std::vector<std::string> args;
+    std::istringstream words(line);
+    for (std::string w; words >> w;) args.push_back(w[0] == '@' ? *this / w.substr(1) : w);
+    return args;
 }
 
 Bytes ReadBytes(const std::string& path) {

@@ -36,6 +36,8 @@ public:
     ~Scratch();
     std::string operator/(const std::string& name) const { return (dir_ / name).string(); }
     std::vector<std::string> Entries() const;  // file names, sorted
+    // A command line split at its spaces, each "@x" the file x in here.
+    std::vector<std::string> Command(const std::string& line) const;
 
 private:
     std::filesystem::path dir_;
