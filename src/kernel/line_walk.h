@@ -14,12 +14,16 @@
 //   kStreamEnds      whether a streaming kernel streams its head and tail too
 //   kPrefetchEvery   blocks between two PrefetchAhead calls (0: none)
 //
-// and implements, on the running pointers of its line:
+// names the vector layer it is written for (Vector: Sse2, or a wider layer
+// whose lanes each hold an SSE2 block), and implements, on the running
+// pointers of its line:
 //
 //   uint8_t* dst                 the destination the head rule measures
 //   int32_t HeadUnits() const    units up to the first 16-byte boundary
-//   template <class Store> void Block()   one block; Store::Store(p, v) writes
-//                                         each 16-byte vector
+//   template <class Store, class L> void Block()
+//                                one block in each filled lane of L (Vector
+//                                with some or all lanes filled); Store
+//                                writes each 16-byte vector
 //   void Single()                one unit
 //   const void* Ahead() const    the source address to prefetch from
 #pragma once
@@ -62,37 +66,27 @@ ZENK_ARITHMETIC void Singles(F& f, int32_t count) {
     }
 }
 
-// Blocks go in groups of kPrefetchEvery (one block where nothing is
-// prefetched), the prefetch before each group's first block. The count runs
-// down: the loop's test is the decrement's own flag, one instruction less
-// per block than an index counted up and compared.
-//
-// A format written for a wider vector layer (F::Vector with several lanes)
-// converts as many blocks at once as the layer has lanes, and the blocks
-// left over through the same code with fewer lanes filled: each block reads
-// and writes exactly what it does in the SSE2 kernel.
+// Blocks go in groups of kPrefetchEvery SSE2 blocks (one where nothing is
+// prefetched), the prefetch before each group's first block. A format is
+// written for a vector layer F::Vector of one or more lanes: each block
+// call converts as many SSE2 blocks at once as the layer has lanes, and the
+// blocks left over go through the same code with fewer lanes filled, so
+// that each block reads and writes exactly what it does in the SSE2 kernel.
 template <class F, class A, class Store>
 ZENK_ARITHMETIC void Blocks(F& f, int32_t count) {
-    if constexpr (requires { typename F::Vector; }) {
-        using W = typename F::Vector;
-        constexpr int32_t kLanes = W::kLanes;
-        for (; count >= kLanes; count -= kLanes) {
-            if constexpr (F::kPrefetchEvery > 0) PrefetchAhead<A>(f.Ahead(), f.dst);
-            f.template Block<Store, W>();
-        }
-        if constexpr (kLanes > 1) {
-            if (count == 1) f.template Block<Store, typename W::template WithLanes<1>>();
-        }
-        if constexpr (kLanes > 2) {
-            if (count == 2) f.template Block<Store, typename W::template WithLanes<2>>();
-            if (count == 3) f.template Block<Store, typename W::template WithLanes<3>>();
-        }
-    } else {
-        constexpr int32_t kGroup = F::kPrefetchEvery > 1 ? F::kPrefetchEvery : 1;
-        for (int32_t left = count; left > 0;) {
-            if constexpr (F::kPrefetchEvery > 0) PrefetchAhead<A>(f.Ahead(), f.dst);
-            for (int32_t i = 0; i < kGroup && left > 0; ++i, --left) f.template Block<Store>();
-        }
+    using W = typename F::Vector;
+    constexpr int32_t kLanes = W::kLanes;
+    constexpr int32_t kGroup = F::kPrefetchEvery > kLanes ? F::kPrefetchEvery / kLanes : 1;
+    while (count >= kLanes) {
+        if constexpr (F::kPrefetchEvery > 0) PrefetchAhead<A>(f.Ahead(), f.dst);
+        for (int32_t i = 0; i < kGroup && count >= kLanes; ++i, count -= kLanes) f.template Block<Store, W>();
+    }
+    if constexpr (kLanes > 1) {
+        if (count == 1) f.template Block<Store, typename W::template WithLanes<1>>();
+    }
+    if constexpr (kLanes > 2) {
+        if (count == 2) f.template Block<Store, typename W::template WithLanes<2>>();
+        if (count == 3) f.template Block<Store, typename W::template WithLanes<3>>();
     }
 }
 
