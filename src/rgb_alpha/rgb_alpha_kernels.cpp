@@ -19,7 +19,10 @@ const Kernels kKernels = {
     .extract_alpha = ZENK_KERNEL_QUAD(FrameKernel, ExtractAlpha<Vec>),
     .merge_alpha = ZENK_KERNEL_QUAD(FrameKernel, MergeAlpha<Vec>),
     .copy_alpha_plane = ZENK_KERNEL_QUAD(FrameKernel, CopyAlphaPlane<Vec>),
-    .fill_alpha_plane = ZENK_KERNEL_QUAD(FrameKernel, FillAlphaPlane<Vec>),
+    // The fill keeps 16-byte stores at every level: on the AMD EPYC the
+    // wider ones measured a quarter slower filling a UHD plane, and no
+    // faster in the cache (docs/performance.md).
+    .fill_alpha_plane = ZENK_KERNEL_QUAD(FrameKernel, FillAlphaPlane<Sse2>),
 };
 
 }  // namespace zenk::ZENK_ISA::rgb_alpha
