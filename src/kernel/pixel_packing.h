@@ -19,23 +19,27 @@ concept HasByteShuffle = requires(typename S::V v) { S::ShuffleBytes(v, v); };
 // Four BGRA pixels to their twelve BGR bytes in bytes 0..11 (12..15 zero).
 template <class S>
 inline typename S::V PackFourBgr(typename S::V px) {
-    if constexpr (HasByteShuffle<S>)
+    if constexpr (HasByteShuffle<S>) {
         return S::ShuffleBytes(px, S::Set64x2(0x0908060504020100ull, 0x808080800E0D0C0Aull));
-    const auto even = S::And(px, S::Set64(0xFFFFFFull));
-    const auto odd = S::And(S::template Shr64<8>(px), S::Set64(0xFFFFFF000000ull));
-    const auto six_six = S::Or(even, odd);  // six bytes at the bottom of each 64-bit half
-    return S::Or(S::KeepLow64(six_six), S::template ShlBytes<6>(S::template ShrBytes<8>(six_six)));
+    } else {
+        const auto even = S::And(px, S::Set64(0xFFFFFFull));
+        const auto odd = S::And(S::template Shr64<8>(px), S::Set64(0xFFFFFF000000ull));
+        const auto six_six = S::Or(even, odd);  // six bytes at the bottom of each 64-bit half
+        return S::Or(S::KeepLow64(six_six), S::template ShlBytes<6>(S::template ShrBytes<8>(six_six)));
+    }
 }
 
 // Twelve BGR bytes (bytes 0..11) to four pixels with a zero fourth byte.
 template <class S>
 inline typename S::V UnpackFourBgr(typename S::V bytes) {
-    if constexpr (HasByteShuffle<S>)
+    if constexpr (HasByteShuffle<S>) {
         return S::ShuffleBytes(bytes, S::Set64x2(0x8005040380020100ull, 0x800B0A0980080706ull));
-    const auto six_six = S::Or(S::And(bytes, S::Set64x2(0xFFFFFFFFFFFFull, 0)),
-                               S::And(S::template ShlBytes<2>(bytes), S::Set64x2(0, 0xFFFFFFFFFFFFull)));
-    return S::Or(S::And(six_six, S::Set64(0xFFFFFFull)),
-                 S::And(S::template Shl64<8>(six_six), S::Set64(0xFFFFFF00000000ull)));
+    } else {
+        const auto six_six = S::Or(S::And(bytes, S::Set64x2(0xFFFFFFFFFFFFull, 0)),
+                                   S::And(S::template ShlBytes<2>(bytes), S::Set64x2(0, 0xFFFFFFFFFFFFull)));
+        return S::Or(S::And(six_six, S::Set64(0xFFFFFFull)),
+                     S::And(S::template Shl64<8>(six_six), S::Set64(0xFFFFFF00000000ull)));
+    }
 }
 
 // Sixteen BGRA pixels (four a vector) to 48 BGR bytes in three vectors.

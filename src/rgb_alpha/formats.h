@@ -49,16 +49,11 @@ struct Pixels {
         L::template LoadBlock<3>(p, bytes);
         UnpackBgr24<L>(bytes[0], bytes[1], bytes[2], px);
     }
-    // The `count` vectors of a block, 16 bytes apart.
-    template <class L, class Store, int count>
-    static void StoreVectors(uint8_t* p, const V* v) {
-        L::template PutBlock<Store, count>(p, v);
-    }
     template <class L, class Store>
     static void StoreBgr24(uint8_t* p, const V px[4]) {
         V out[3];
         PackBgr24<L>(px, out);
-        StoreVectors<L, Store, 3>(p, out);
+        L::template PutBlock<Store, 3>(p, out);
     }
     // A copy's block of `vectors` 16-byte vectors, as whole registers of L.
     template <class L, class Store>
@@ -146,7 +141,7 @@ struct Bgr24ToBgr32 : ToBgr32<S> {
         this->template LoadBgr24<L>(this->src, px);
         const auto alpha_lanes = L::Set32(static_cast<uint32_t>(this->alpha_byte) << 24);
         for (auto& v : px) v = L::Or(v, alpha_lanes);
-        this->template StoreVectors<L, Store, 4>(this->dst, px);
+        L::template PutBlock<Store, 4>(this->dst, px);
         this->src += 48 * L::kActiveLanes;
         this->dst += 64 * L::kActiveLanes;
     }
@@ -229,7 +224,7 @@ struct MergeAlpha : ToBgr32<S> {
         px[1] = L::Or(px[1], L::Hi16(zero, low));
         px[2] = L::Or(px[2], L::Lo16(zero, high));
         px[3] = L::Or(px[3], L::Hi16(zero, high));
-        this->template StoreVectors<L, Store, 4>(this->dst, px);
+        L::template PutBlock<Store, 4>(this->dst, px);
         this->src += 48 * L::kActiveLanes;
         this->src_alpha += 16 * L::kActiveLanes;
         this->dst += 64 * L::kActiveLanes;
