@@ -94,65 +94,22 @@ struct Sse2 {
     ZENK_VECTOR_OP V Broadcast(V lane) { return lane; }
     ZENK_VECTOR_OP V Lane0(V v) { return v; }
 
-    // ---- Constants, repeated over every 16/32/64-bit element.
-    ZENK_VECTOR_OP V Zero() { return _mm_setzero_si128(); }
-    ZENK_VECTOR_OP V Set8(uint8_t x) { return _mm_set1_epi8(static_cast<char>(x)); }
-    ZENK_VECTOR_OP V Set16(int32_t x) { return _mm_set1_epi16(static_cast<int16_t>(x)); }
-    ZENK_VECTOR_OP V Set32(uint32_t x) { return _mm_set1_epi32(static_cast<int>(x)); }
+    // ---- The lane-wise operations (vector_lanewise.inc), and the rest
+    // that differ in name from width to width.
+#define ZENK_MM(op) _mm_##op
+#define ZENK_SI(op) _mm_##op##si128
+#include "vector_lanewise.inc"
     ZENK_VECTOR_OP V Set64(uint64_t x) { return _mm_set1_epi64x(static_cast<long long>(x)); }
     // Low and high 64-bit halves of a 128-bit block.
     ZENK_VECTOR_OP V Set64x2(uint64_t low, uint64_t high) {
         return _mm_set_epi64x(static_cast<long long>(high), static_cast<long long>(low));
     }
-
-    // ---- Bitwise.
-    ZENK_VECTOR_OP V And(V a, V b) { return _mm_and_si128(a, b); }
-    ZENK_VECTOR_OP V AndNot(V not_a, V b) { return _mm_andnot_si128(not_a, b); }
-    ZENK_VECTOR_OP V Or(V a, V b) { return _mm_or_si128(a, b); }
-
-    // ---- Arithmetic, wrapping unless named otherwise.
-    ZENK_VECTOR_OP V Add8(V a, V b) { return _mm_add_epi8(a, b); }
-    ZENK_VECTOR_OP V Add16(V a, V b) { return _mm_add_epi16(a, b); }
-    ZENK_VECTOR_OP V Sub16(V a, V b) { return _mm_sub_epi16(a, b); }
-    ZENK_VECTOR_OP V Add32(V a, V b) { return _mm_add_epi32(a, b); }
-    ZENK_VECTOR_OP V Min16(V a, V b) { return _mm_min_epi16(a, b); }
-    ZENK_VECTOR_OP V Max16(V a, V b) { return _mm_max_epi16(a, b); }
-    ZENK_VECTOR_OP V MinU8(V a, V b) { return _mm_min_epu8(a, b); }
-    ZENK_VECTOR_OP V MaxU8(V a, V b) { return _mm_max_epu8(a, b); }
-    // Signed 16 x 16 -> 32-bit products, adjacent pairs summed.
-    ZENK_VECTOR_OP V MulAdd16(V a, V b) { return _mm_madd_epi16(a, b); }
-
-    // ---- Shifts by a constant: logical (Shl/Shr), arithmetic (Sar).
-    template <int n> ZENK_VECTOR_OP V Shl16(V v) { return _mm_slli_epi16(v, n); }
-    template <int n> ZENK_VECTOR_OP V Shr16(V v) { return _mm_srli_epi16(v, n); }
-    template <int n> ZENK_VECTOR_OP V Sar16(V v) { return _mm_srai_epi16(v, n); }
-    template <int n> ZENK_VECTOR_OP V Shl32(V v) { return _mm_slli_epi32(v, n); }
-    template <int n> ZENK_VECTOR_OP V Shr32(V v) { return _mm_srli_epi32(v, n); }
-    template <int n> ZENK_VECTOR_OP V Sar32(V v) { return _mm_srai_epi32(v, n); }
-    template <int n> ZENK_VECTOR_OP V Shl64(V v) { return _mm_slli_epi64(v, n); }
-    template <int n> ZENK_VECTOR_OP V Shr64(V v) { return _mm_srli_epi64(v, n); }
     // Whole 128-bit block shifted by bytes, zeros shifted in.
     template <int n> ZENK_VECTOR_OP V ShlBytes(V v) { return _mm_slli_si128(v, n); }
     template <int n> ZENK_VECTOR_OP V ShrBytes(V v) { return _mm_srli_si128(v, n); }
 
-    // ---- Packs with saturation: a's elements, then b's.
-    ZENK_VECTOR_OP V PackS32To16(V a, V b) { return _mm_packs_epi32(a, b); }
-    ZENK_VECTOR_OP V PackS16ToU8(V a, V b) { return _mm_packus_epi16(a, b); }
-
-    // ---- Interleaves of the low or high halves of a and b.
-    ZENK_VECTOR_OP V Lo8(V a, V b) { return _mm_unpacklo_epi8(a, b); }
-    ZENK_VECTOR_OP V Hi8(V a, V b) { return _mm_unpackhi_epi8(a, b); }
-    ZENK_VECTOR_OP V Lo16(V a, V b) { return _mm_unpacklo_epi16(a, b); }
-    ZENK_VECTOR_OP V Hi16(V a, V b) { return _mm_unpackhi_epi16(a, b); }
-    ZENK_VECTOR_OP V Lo32(V a, V b) { return _mm_unpacklo_epi32(a, b); }
-    ZENK_VECTOR_OP V Hi32(V a, V b) { return _mm_unpackhi_epi32(a, b); }
-    ZENK_VECTOR_OP V Lo64(V a, V b) { return _mm_unpacklo_epi64(a, b); }
-
-    // ---- Shuffles: dwords of a block, words of its low or high half; the
-    // low 64 bits with the high ones cleared.
+    // Dwords of a block; the low 64 bits with the high ones cleared.
     template <int imm> ZENK_VECTOR_OP V Shuffle32(V v) { return _mm_shuffle_epi32(v, imm); }
-    template <int imm> ZENK_VECTOR_OP V ShuffleLo16(V v) { return _mm_shufflelo_epi16(v, imm); }
-    template <int imm> ZENK_VECTOR_OP V ShuffleHi16(V v) { return _mm_shufflehi_epi16(v, imm); }
     ZENK_VECTOR_OP V KeepLow64(V v) { return _mm_move_epi64(v); }
 };
 
