@@ -42,23 +42,65 @@ inline typename S::V UnpackFourBgr(typename S::V bytes) {
     }
 }
 
-// Sixteen BGRA pixels (four a vector) to 48 BGR bytes in three vectors.
-template <class S>
+// ---- Whole registers in memory order ----------------------------------------------------
+//
+// Repacking BGR32, BGR24 and alpha bytes computes nothing, so its blocks
+// need not follow the lane model: with every lane filled and ordinary
+// stores, a block can be loaded as whole registers of consecutive bytes,
+// rearranged across lanes and stored the same way. It reads and writes the
+// same bytes with fewer instructions. A layer of one lane is in memory order
+// already; a wider one takes this path where it has the cross-lane moves
+// (JoinTwelves, SplitTwelves, DwordsToMemoryOrder, WidenBytes: AVX-512).
+template <class L, class Store>
+concept AcrossLanes = L::kLanes > 1 && L::kActiveLanes == L::kLanes && !Store::kStreaming &&
+                      requires(const typename L::V* in, typename L::V* out) { L::JoinTwelves(in, out); };
+
+// A block of k vectors, in memory order where AcrossLanes holds.
+template <class L, class Store, int k>
+inline void LoadVectors(const void* p, typename L::V v[k]) {
+    if constexpr (AcrossLanes<L, Store>) {
+        for (int m = 0; m < k; ++m) v[m] = L::LoadWhole(static_cast<const uint8_t*>(p) + sizeof(v[0]) * m);
+    } else {
+        L::template LoadBlock<k>(p, v);
+    }
+}
+template <class L, class Store, int k>
+inline void StoreVectors(void* p, const typename L::V v[k]) {
+    if constexpr (AcrossLanes<L, Store>) {
+        for (int m = 0; m < k; ++m) L::StoreWhole(static_cast<uint8_t*>(p) + sizeof(v[0]) * m, v[m]);
+    } else {
+        L::template PutBlock<Store, k>(p, v);
+    }
+}
+
+// Sixteen BGRA pixels (four a vector) to 48 BGR bytes in three vectors, in
+// lane order or (kAcross) in memory order.
+template <class S, bool kAcross = false>
 inline void PackBgr24(const typename S::V px[4], typename S::V out[3]) {
-    const auto t0 = PackFourBgr<S>(px[0]), t1 = PackFourBgr<S>(px[1]);
-    const auto t2 = PackFourBgr<S>(px[2]), t3 = PackFourBgr<S>(px[3]);
-    out[0] = S::Or(t0, S::template ShlBytes<12>(t1));
-    out[1] = S::Or(S::template ShrBytes<4>(t1), S::template ShlBytes<8>(t2));
-    out[2] = S::Or(S::template ShrBytes<8>(t2), S::template ShlBytes<4>(t3));
+    const typename S::V t[4] = {PackFourBgr<S>(px[0]), PackFourBgr<S>(px[1]), PackFourBgr<S>(px[2]),
+                                PackFourBgr<S>(px[3])};
+    if constexpr (kAcross) {
+        S::JoinTwelves(t, out);
+    } else {
+        out[0] = S::Or(t[0], S::template ShlBytes<12>(t[1]));
+        out[1] = S::Or(S::template ShrBytes<4>(t[1]), S::template ShlBytes<8>(t[2]));
+        out[2] = S::Or(S::template ShrBytes<8>(t[2]), S::template ShlBytes<4>(t[3]));
+    }
 }
 
 // 48 BGR bytes in three vectors to sixteen pixels with a zero fourth byte.
-template <class S>
-inline void UnpackBgr24(typename S::V in0, typename S::V in1, typename S::V in2, typename S::V px[4]) {
-    px[0] = UnpackFourBgr<S>(in0);
-    px[1] = UnpackFourBgr<S>(S::Or(S::template ShrBytes<12>(in0), S::template ShlBytes<4>(in1)));
-    px[2] = UnpackFourBgr<S>(S::Or(S::template ShrBytes<8>(in1), S::template ShlBytes<8>(in2)));
-    px[3] = UnpackFourBgr<S>(S::template ShrBytes<4>(in2));
+template <class S, bool kAcross = false>
+inline void UnpackBgr24(const typename S::V in[3], typename S::V px[4]) {
+    typename S::V t[4];
+    if constexpr (kAcross) {
+        S::SplitTwelves(in, t);
+    } else {
+        t[0] = in[0];
+        t[1] = S::Or(S::template ShrBytes<12>(in[0]), S::template ShlBytes<4>(in[1]));
+        t[2] = S::Or(S::template ShrBytes<8>(in[1]), S::template ShlBytes<8>(in[2]));
+        t[3] = S::template ShrBytes<4>(in[2]);
+    }
+    for (int i = 0; i < 4; ++i) px[i] = UnpackFourBgr<S>(t[i]);
 }
 
 // The fourth byte of eight BGRA pixels (four a vector) as words, pixel order.

@@ -5,6 +5,8 @@
 
 #include <immintrin.h>
 
+#include <array>
+
 #include "vector_wide.h"
 
 #if !defined(__AVX512F__) || !defined(__AVX512BW__) || !defined(__AVX512VL__)
@@ -47,6 +49,48 @@ struct Avx512Register {
         return _mm512_maskz_permutexvar_epi64(0x55, _mm512_set_epi64(0, 3, 0, 2, 0, 1, 0, 0),
                                               _mm512_zextsi256_si512(_mm256_loadu_si256(static_cast<const __m256i*>(p))));
     }
+
+    // ---- Byte moves in memory order (kernel/pixel_packing.h): registers
+    // that hold consecutive bytes, rearranged across lanes.
+    //
+    // The twelve low bytes (three dwords) of every lane of four registers,
+    // joined into three registers in the same order; and back, each lane's
+    // fourth dword then a don't-care (the BGR24 unpacking reads 12 bytes).
+    template <int o>
+    static constexpr auto kJoinIndex = [] {
+        std::array<int32_t, 16> index{};
+        for (int e = 0; e < 16; ++e) {
+            const int g = 16 * o + e, m = g / 12, r = g % 12;
+            index[e] = 4 * (r / 3) + r % 3 + (m == o ? 0 : 16);
+        }
+        return index;
+    }();
+    template <int m>
+    static constexpr auto kSplitIndex = [] {
+        std::array<int32_t, 16> index{};
+        for (int p = 0; p < 16; ++p) index[p] = p % 4 == 3 ? 0 : 12 * m + 3 * (p / 4) + p % 4 - 16 * (12 * m / 16);
+        return index;
+    }();
+    template <class Index>
+    ZENK_VECTOR_OP V Indices(const Index& index) { return _mm512_loadu_si512(index.data()); }
+    ZENK_VECTOR_OP void JoinTwelves(const V t[4], V out[3]) {
+        out[0] = _mm512_permutex2var_epi32(t[0], Indices(kJoinIndex<0>), t[1]);
+        out[1] = _mm512_permutex2var_epi32(t[1], Indices(kJoinIndex<1>), t[2]);
+        out[2] = _mm512_permutex2var_epi32(t[2], Indices(kJoinIndex<2>), t[3]);
+    }
+    ZENK_VECTOR_OP void SplitTwelves(const V w[3], V t[4]) {
+        t[0] = _mm512_permutexvar_epi32(Indices(kSplitIndex<0>), w[0]);
+        t[1] = _mm512_permutex2var_epi32(w[0], Indices(kSplitIndex<1>), w[1]);
+        t[2] = _mm512_permutex2var_epi32(w[1], Indices(kSplitIndex<2>), w[2]);
+        t[3] = _mm512_permutexvar_epi32(Indices(kSplitIndex<3>), w[2]);
+    }
+    // Dword 4j + m of the four lanes' groups (register m's lane j, as the
+    // lane-wise packs of four registers leave it) to dword 4m + j.
+    ZENK_VECTOR_OP V DwordsToMemoryOrder(V v) {
+        return _mm512_permutexvar_epi32(_mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15), v);
+    }
+    // Sixteen bytes to the low bytes of sixteen dwords.
+    ZENK_VECTOR_OP V WidenBytes(const void* p) { return _mm512_cvtepu8_epi32(Sse2::LoadU(p)); }
 
     // A block of two vectors: two-source permutes of 64-bit elements. Of
     // four: a transpose of 4 x 4 lanes, its own inverse. Of three (a BGR24

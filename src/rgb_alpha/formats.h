@@ -38,22 +38,26 @@ struct Pixels {
         dst_alpha = Advance(dst_alpha, r.dst_alpha_skip);
     }
 
-    // Sixteen pixels, four a vector (B, G, R, A in each 32-bit lane).
-    template <class L>
+    // Sixteen pixels a lane, four vectors (B, G, R, A in each 32-bit lane):
+    // pixels 4i..4i+3 of each lane's block in vector i, or, where the layer
+    // moves bytes across lanes (AcrossLanes), consecutive pixels in
+    // consecutive registers. Loads, packing and stores of one block take
+    // the same order from the block's store policy.
+    template <class L, class Store>
     static void LoadBgr32(const uint8_t* p, V px[4]) {
-        L::template LoadBlock<4>(p, px);
+        LoadVectors<L, Store, 4>(p, px);
     }
-    template <class L>
+    template <class L, class Store>
     static void LoadBgr24(const uint8_t* p, V px[4]) {
         V bytes[3];
-        L::template LoadBlock<3>(p, bytes);
-        UnpackBgr24<L>(bytes[0], bytes[1], bytes[2], px);
+        LoadVectors<L, Store, 3>(p, bytes);
+        UnpackBgr24<L, AcrossLanes<L, Store>>(bytes, px);
     }
     template <class L, class Store>
     static void StoreBgr24(uint8_t* p, const V px[4]) {
         V out[3];
-        PackBgr24<L>(px, out);
-        L::template PutBlock<Store, 3>(p, out);
+        PackBgr24<L, AcrossLanes<L, Store>>(px, out);
+        StoreVectors<L, Store, 3>(p, out);
     }
     // A copy's block of `vectors` 16-byte vectors, as whole registers of L.
     template <class L, class Store>
@@ -61,10 +65,28 @@ struct Pixels {
         constexpr int32_t kBytes = 16 * L::kActiveLanes;
         for (int i = 0; i < vectors; ++i) L::template Put<Store>(dst + kBytes * i, L::LoadU(src + kBytes * i, 16), 16);
     }
-    // The fourth byte of each of 16 pixels, in pixel order.
-    template <class L>
+    // The fourth byte of each of 16 pixels a lane, in pixel order.
+    template <class L, class Store>
     static V AlphaBytes(const V px[4]) {
-        return L::PackS16ToU8(AlphaWords<L>(px[0], px[1]), AlphaWords<L>(px[2], px[3]));
+        const V bytes = L::PackS16ToU8(AlphaWords<L>(px[0], px[1]), AlphaWords<L>(px[2], px[3]));
+        if constexpr (AcrossLanes<L, Store>)
+            return L::DwordsToMemoryOrder(bytes);
+        else
+            return bytes;
+    }
+    // Sixteen pixels a lane with the alpha bytes at p in their fourth bytes.
+    template <class L, class Store>
+    static void AddAlphaBytes(const uint8_t* p, V px[4]) {
+        if constexpr (AcrossLanes<L, Store>) {
+            for (int m = 0; m < 4; ++m) px[m] = L::Or(px[m], L::template Shl32<24>(L::WidenBytes(p + 16 * m)));
+        } else {
+            const auto zero = L::Zero(), alpha = L::LoadU(p, 16);
+            const auto low = L::Lo8(zero, alpha), high = L::Hi8(zero, alpha);
+            px[0] = L::Or(px[0], L::Lo16(zero, low));
+            px[1] = L::Or(px[1], L::Hi16(zero, low));
+            px[2] = L::Or(px[2], L::Lo16(zero, high));
+            px[3] = L::Or(px[3], L::Hi16(zero, high));
+        }
     }
     static uint32_t ReadBgr(const uint8_t* p) {
         return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 | static_cast<uint32_t>(p[2]) << 16;
@@ -120,7 +142,7 @@ struct Bgr32ToBgr24 : ToBgr24<S> {
     template <class Store, class L = S>
     void Block() {
         typename S::V px[4];
-        this->template LoadBgr32<L>(this->src, px);
+        this->template LoadBgr32<L, Store>(this->src, px);
         this->template StoreBgr24<L, Store>(this->dst, px);
         this->src += 64 * L::kActiveLanes;
         this->dst += 48 * L::kActiveLanes;
@@ -138,10 +160,10 @@ struct Bgr24ToBgr32 : ToBgr32<S> {
     template <class Store, class L = S>
     void Block() {
         typename S::V px[4];
-        this->template LoadBgr24<L>(this->src, px);
+        this->template LoadBgr24<L, Store>(this->src, px);
         const auto alpha_lanes = L::Set32(static_cast<uint32_t>(this->alpha_byte) << 24);
         for (auto& v : px) v = L::Or(v, alpha_lanes);
-        L::template PutBlock<Store, 4>(this->dst, px);
+        StoreVectors<L, Store, 4>(this->dst, px);
         this->src += 48 * L::kActiveLanes;
         this->dst += 64 * L::kActiveLanes;
     }
@@ -176,9 +198,9 @@ struct SplitBgr32 : ToBgr24<S> {
     template <class Store, class L = S>
     void Block() {
         typename S::V px[4];
-        this->template LoadBgr32<L>(this->src, px);
+        this->template LoadBgr32<L, Store>(this->src, px);
         this->template StoreBgr24<L, Store>(this->dst, px);
-        L::template Put<UnalignedStore>(this->dst_alpha, this->template AlphaBytes<L>(px), 16);
+        L::template Put<UnalignedStore>(this->dst_alpha, this->template AlphaBytes<L, Store>(px), 16);
         this->src += 64 * L::kActiveLanes;
         this->dst += 48 * L::kActiveLanes;
         this->dst_alpha += 16 * L::kActiveLanes;
@@ -199,8 +221,8 @@ struct ExtractAlpha : Pixels<S> {
     template <class Store, class L = S>
     void Block() {
         typename S::V px[4];
-        this->template LoadBgr32<L>(this->src, px);
-        L::template Put<Store>(this->dst, this->template AlphaBytes<L>(px), 16);
+        this->template LoadBgr32<L, Store>(this->src, px);
+        L::template Put<Store>(this->dst, this->template AlphaBytes<L, Store>(px), 16);
         this->src += 64 * L::kActiveLanes;
         this->dst += 16 * L::kActiveLanes;
     }
@@ -216,15 +238,9 @@ struct MergeAlpha : ToBgr32<S> {
     template <class Store, class L = S>
     void Block() {
         typename S::V px[4];
-        this->template LoadBgr24<L>(this->src, px);
-        // 16 alpha bytes moved into the fourth byte of the 16 pixel lanes.
-        const auto zero = L::Zero(), alpha = L::LoadU(this->src_alpha, 16);
-        const auto low = L::Lo8(zero, alpha), high = L::Hi8(zero, alpha);
-        px[0] = L::Or(px[0], L::Lo16(zero, low));
-        px[1] = L::Or(px[1], L::Hi16(zero, low));
-        px[2] = L::Or(px[2], L::Lo16(zero, high));
-        px[3] = L::Or(px[3], L::Hi16(zero, high));
-        L::template PutBlock<Store, 4>(this->dst, px);
+        this->template LoadBgr24<L, Store>(this->src, px);
+        this->template AddAlphaBytes<L, Store>(this->src_alpha, px);
+        StoreVectors<L, Store, 4>(this->dst, px);
         this->src += 48 * L::kActiveLanes;
         this->src_alpha += 16 * L::kActiveLanes;
         this->dst += 64 * L::kActiveLanes;
