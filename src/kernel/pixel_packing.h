@@ -50,7 +50,8 @@ inline typename S::V UnpackFourBgr(typename S::V bytes) {
 // rearranged across lanes and stored the same way. It reads and writes the
 // same bytes with fewer instructions. A layer of one lane is in memory order
 // already; a wider one takes this path where it has the cross-lane moves
-// (JoinTwelves, SplitTwelves, DwordsToMemoryOrder, WidenBytes: AVX-512).
+// (JoinTwelves, SplitTwelves, DwordsToMemoryOrder, WidenBytes: AVX2 and
+// AVX-512).
 template <class L, class Store>
 concept AcrossLanes = L::kLanes > 1 && L::kActiveLanes == L::kLanes && !Store::kStreaming &&
                       requires(const typename L::V* in, typename L::V* out) { L::JoinTwelves(in, out); };

@@ -45,6 +45,27 @@ struct Avx2Register {
     ZENK_VECTOR_OP V Load64Packed(const void* p) {
         return _mm256_permute4x64_epi64(Zext(Sse2::LoadU(p)), 0xD8);
     }
+    // ---- Byte moves in memory order (kernel/pixel_packing.h), as in
+    // vector_avx512.h: dword permutes place each register's useful dwords,
+    // blends join two registers' worth.
+    ZENK_VECTOR_OP V Permute(V v, int a, int b, int c, int d, int e, int f, int g, int h) {
+        return _mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(a, b, c, d, e, f, g, h));
+    }
+    ZENK_VECTOR_OP void JoinTwelves(const V t[4], V out[3]) {
+        out[0] = _mm256_blend_epi32(Permute(t[0], 0, 1, 2, 4, 5, 6, 0, 0), Permute(t[1], 0, 0, 0, 0, 0, 0, 0, 1), 0xC0);
+        out[1] = _mm256_blend_epi32(Permute(t[1], 2, 4, 5, 6, 0, 0, 0, 0), Permute(t[2], 0, 0, 0, 0, 0, 1, 2, 4), 0xF0);
+        out[2] = _mm256_blend_epi32(Permute(t[2], 5, 6, 0, 0, 0, 0, 0, 0), Permute(t[3], 0, 0, 0, 1, 2, 4, 5, 6), 0xFC);
+    }
+    ZENK_VECTOR_OP void SplitTwelves(const V w[3], V t[4]) {
+        t[0] = Permute(w[0], 0, 1, 2, 0, 3, 4, 5, 0);
+        t[1] = _mm256_blend_epi32(Permute(w[0], 6, 7, 0, 0, 0, 0, 0, 0), Permute(w[1], 0, 0, 0, 0, 1, 2, 3, 0), 0x74);
+        t[2] = _mm256_blend_epi32(Permute(w[1], 4, 5, 6, 0, 7, 0, 0, 0), Permute(w[2], 0, 0, 0, 0, 0, 0, 1, 0), 0x60);
+        t[3] = Permute(w[2], 2, 3, 4, 0, 5, 6, 7, 0);
+    }
+    ZENK_VECTOR_OP V DwordsToMemoryOrder(V v) { return Permute(v, 0, 4, 1, 5, 2, 6, 3, 7); }
+    // Eight bytes to the low bytes of eight dwords.
+    ZENK_VECTOR_OP V WidenBytes(const void* p) { return _mm256_cvtepu8_epi32(Sse2::Load64(p)); }
+
     // Register m of a block holds its 16-byte pieces 2m and 2m + 1; piece c
     // is lane c / k of vector c % k, and vector i is pieces i and k + i. One
     // lane exchange each way.

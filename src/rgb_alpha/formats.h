@@ -78,7 +78,7 @@ struct Pixels {
     template <class L, class Store>
     static void AddAlphaBytes(const uint8_t* p, V px[4]) {
         if constexpr (AcrossLanes<L, Store>) {
-            for (int m = 0; m < 4; ++m) px[m] = L::Or(px[m], L::template Shl32<24>(L::WidenBytes(p + 16 * m)));
+            for (int m = 0; m < 4; ++m) px[m] = L::Or(px[m], L::template Shl32<24>(L::WidenBytes(p + sizeof(V) / 4 * m)));
         } else {
             const auto zero = L::Zero(), alpha = L::LoadU(p, 16);
             const auto low = L::Lo8(zero, alpha), high = L::Hi8(zero, alpha);
