@@ -36,7 +36,7 @@ uint32_t Rng::AlphaValue() {
 }
 
 AlignedBytes::AlignedBytes(size_t n)
-    : bytes_(new (std::align_val_t{64}) uint8_t[n + 1](),
+    : bytes_(new (std::align_val_t{64}) uint8_t[n + 64](),
              [](uint8_t* p) { ::operator delete[](p, std::align_val_t{64}); }),
       size_(n) {}
 

@@ -78,7 +78,7 @@ struct PlaneShape {
 // that a clone keeps every address residue of the original.
 class AlignedBytes {
 public:
-    explicit AlignedBytes(size_t n = 0);  // zeroed
+    explicit AlignedBytes(size_t n = 0);  // zeroed, and 64 zero bytes after them
     // Bytes between two inaccessible pages (where the system offers them):
     // data() is page-aligned and data() + size() is the start of a page.
     static AlignedBytes BetweenGuardPages(size_t n);
