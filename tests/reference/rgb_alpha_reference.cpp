@@ -22,7 +22,8 @@ void ReferenceRgbConvert(const ZenkConversionRequest& r, RgbConversion c, int al
     uint8_t* dst = r.dst_plane;
     uint8_t* dst_alpha = r.dst_alpha_plane;
     const int in = SourceBytesPerPixel(c.source), out = DestinationBytesPerPixel(c.destination);
-    const bool alpha_in = c.source == RgbSource::kBgr24AlphaPlane, alpha_out = c.destination == RgbDestination::kBgr24AlphaPlane;
+    const bool alpha_in = c.source == RgbSource::kBgr24AlphaPlane;
+    const bool alpha_out = c.destination == RgbDestination::kBgr24AlphaPlane;
     const int32_t count = aligned_block ? r.width / aligned_block * aligned_block : (r.width > 0 ? r.width : 0);
     for (int32_t line = 0; line < r.src_height; ++line) {
         for (int32_t x = 0; x < count; ++x) {
