@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstring>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -42,38 +43,36 @@ std::vector<Export> LoadExports(void* library) {
 
 // Planes big enough for any format at this size: 4 bytes a pixel at most,
 // a Y8PUV8I chroma plane after the luma lines, reads past a line's end.
+// Source, source alpha, destination and destination alpha follow each
+// other, each 16-aligned.
 constexpr int kWidth = 64, kHeight = 8, kStride = 512, kPlaneBytes = 4 * kStride * kHeight;
-
-struct Pictures {
-    alignas(16) uint8_t src[kPlaneBytes];
-    alignas(16) uint8_t src_alpha[kPlaneBytes];
-    alignas(16) uint8_t dst[kPlaneBytes];
-    alignas(16) uint8_t dst_alpha[kPlaneBytes];
-
-    ZenkConversionRequest Request(uint32_t seed) {
-        for (int i = 0; i < kPlaneBytes; ++i) {
-            src[i] = static_cast<uint8_t>(i * 7 + seed);
-            src_alpha[i] = static_cast<uint8_t>(i * 13 + seed);
-            dst[i] = dst_alpha[i] = 0xEE;
-        }
-        ZenkConversionRequest r{};
-        r.src_plane = src;
-        r.src_alpha_plane = src_alpha;
-        r.dst_plane = dst;
-        r.dst_alpha_plane = dst_alpha;
-        r.src_width = r.width = kWidth;
-        r.src_height = r.dst_height = kHeight;
-        r.src_stride = r.dst_stride = kStride;
-        r.src_alpha_stride = r.dst_alpha_stride = kStride;
-        // Zero skips keep every line inside the planes whatever the format.
-        r.src_matrix = static_cast<int32_t>(seed & 1);
-        r.dst_matrix = 1;
-        r.full_range = 1;  // the full-range coefficient setups ask the host option
-        r.alpha_value = 0x00FF00FF;
-        r.use_streaming_stores = static_cast<uint8_t>(seed >> 1 & 1);
-        return r;
-    }
+struct alignas(16) Pictures {
+    uint8_t plane[4][kPlaneBytes];
 };
+
+// Fills the thread's pictures (the destinations with 0xEE) and its request.
+ZenkConversionRequest Request(Pictures& p, uint32_t seed) {
+    for (int i = 0; i < kPlaneBytes; ++i) {
+        p.plane[0][i] = static_cast<uint8_t>(i * 7 + seed);
+        p.plane[1][i] = static_cast<uint8_t>(i * 13 + seed);
+    }
+    std::memset(p.plane[2], 0xEE, 2 * kPlaneBytes);
+    ZenkConversionRequest r{};
+    r.src_plane = p.plane[0];
+    r.src_alpha_plane = p.plane[1];
+    r.dst_plane = p.plane[2];
+    r.dst_alpha_plane = p.plane[3];
+    r.src_width = r.width = kWidth;
+    r.src_height = r.dst_height = kHeight;
+    r.src_stride = r.dst_stride = r.src_alpha_stride = r.dst_alpha_stride = kStride;
+    // Zero skips keep every line inside the planes whatever the format.
+    r.src_matrix = static_cast<int32_t>(seed & 1);
+    r.dst_matrix = 1;
+    r.full_range = 1;  // the full-range coefficient setups ask the host option
+    r.alpha_value = 0x00FF00FF;
+    r.use_streaming_stores = static_cast<uint8_t>(seed >> 1 & 1);
+    return r;
+}
 
 // The library once per level: a copy under another name beside the library
 // (where its settings library is found) loads as an instance of its own,
@@ -104,8 +103,7 @@ TEST(Concurrency, EveryExportFromSeveralThreadsMatchesItsSingleThreadedResult) {
     }
 
     constexpr int kThreads = 4;
-    std::vector<std::unique_ptr<Pictures>> pictures;
-    for (int t = 0; t < kThreads; ++t) pictures.push_back(std::make_unique<Pictures>());
+    std::vector<Pictures> pictures(kThreads);
 
     // All threads start together so that the first conversions race to fill
     // the host settings cache.
@@ -114,27 +112,24 @@ TEST(Concurrency, EveryExportFromSeveralThreadsMatchesItsSingleThreadedResult) {
     std::vector<std::thread> threads;
     for (int t = 0; t < kThreads; ++t) {
         threads.emplace_back([&, t] {
-            Pictures& p = *pictures[t];
+            Pictures& p = pictures[t];
             ++ready;
             while (ready < kThreads) std::this_thread::yield();
             const std::vector<Export>& exports = levels[t % levels.size()];
             const std::vector<Export>& next_level = levels[(t + 1) % levels.size()];
             for (size_t i = 0; i < exports.size(); ++i) {
                 const size_t k = (i + static_cast<size_t>(t) * 5) % exports.size();
-                const Export& e = exports[k];
-                const ZenkConversionRequest r = p.Request(static_cast<uint32_t>(t));
-                e.convert(&r);
-                std::vector<uint8_t> got(p.dst, p.dst + kPlaneBytes);
-                got.insert(got.end(), p.dst_alpha, p.dst_alpha + kPlaneBytes);
+                const ZenkConversionRequest r = Request(p, static_cast<uint32_t>(t));
+                exports[k].convert(&r);
+                const std::vector<uint8_t> got(p.plane[2], p.plane[2] + 2 * kPlaneBytes);
                 // The same conversion again at the next level, alone on this
                 // thread's pictures, after the others may have changed
                 // nothing it depends on.
-                const ZenkConversionRequest again = p.Request(static_cast<uint32_t>(t));
+                const ZenkConversionRequest again = Request(p, static_cast<uint32_t>(t));
                 next_level[k].convert(&again);
-                if (!std::equal(p.dst, p.dst + kPlaneBytes, got.begin()) ||
-                    !std::equal(p.dst_alpha, p.dst_alpha + kPlaneBytes, got.begin() + kPlaneBytes)) {
+                if (!std::equal(got.begin(), got.end(), p.plane[2])) {
                     ++mismatches;
-                    ADD_FAILURE() << e.name << " on thread " << t << " differs between runs and levels";
+                    ADD_FAILURE() << exports[k].name << " on thread " << t << " differs between runs and levels";
                 }
             }
         });

@@ -55,23 +55,14 @@ TEST_F(PlainEntryPoints, ConvertNothingAndAskTheHostForRangeOneOnly) {
 
 // ---- Line addressing -------------------------------------------------------------------
 
+// A 1080-line picture reduced to 540 lines; every plane and skip set apart
+// so that a field taken from the wrong one shows.
 Request PairRequest(int scan_mode, int vertical_mode, uint8_t field_pair, int32_t skip) {
-    Request r{};
-    r.src_plane = g_aligned;
-    r.src_alpha_plane = g_aligned + 32;
-    r.dst_plane = g_aligned + 16;
-    r.dst_alpha_plane = g_aligned + 48;
-    r.src_stride = 1920;
-    r.src_alpha_stride = 480;
-    r.src_skip = skip;
-    r.src_alpha_skip = 11;
-    r.dst_skip = 22;
-    r.dst_alpha_skip = 33;
-    r.src_height = 1080;
-    r.dst_height = 540;
-    r.scan_mode = scan_mode;
-    r.vertical_mode = vertical_mode;
-    r.src_field_pair = field_pair;
+    Request r{.src_plane = g_aligned, .src_height = 1080, .src_stride = 1920, .src_skip = skip,
+              .src_field_pair = field_pair, .src_alpha_plane = g_aligned + 32, .src_alpha_stride = 480,
+              .src_alpha_skip = 11, .dst_plane = g_aligned + 16, .dst_height = 540, .dst_skip = 22,
+              .dst_alpha_plane = g_aligned + 48, .dst_alpha_skip = 33, .scan_mode = scan_mode,
+              .vertical_mode = vertical_mode};
     return r;
 }
 

@@ -37,7 +37,7 @@ std::vector<uint8_t> Convert(const Line& l) {
     alignas(16) uint8_t src[512] = {};
     alignas(16) uint8_t dst[1024];
     std::memset(dst, 0xEE, sizeof dst);
-    if (!l.src.empty()) std::memcpy(src, l.src.data(), std::min(l.src.size(), sizeof src));
+    std::copy_n(l.src.begin(), std::min(l.src.size(), sizeof src), src);
     Request r{};
     r.src_plane = src;
     r.src_width = l.width;
@@ -155,11 +155,9 @@ TEST_F(KnownAnswers, ConstantAlphaWordAndDwordForms) {
     for (const Row& row : rows) {
         for (uint32_t offset : {0u, 8u}) {
             for (uint8_t streaming : {0, 1}) {
-                Line l{ZENK_SSE2_YUYV16I_BGR32I_EX, std::vector<uint8_t>(64, 128), 16};
-                l.alpha = row.alpha_value;
-                l.dst_offset = offset;
-                l.streaming = streaming;
-                const std::vector<uint8_t> out = Convert(l);
+                const std::vector<uint8_t> out =
+                    Convert({.convert = ZENK_SSE2_YUYV16I_BGR32I_EX, .src = std::vector<uint8_t>(64, 128), .width = 16,
+                             .alpha = row.alpha_value, .dst_offset = offset, .streaming = streaming});
                 const bool word = offset == 0 && streaming == 0;  // the aligned cached kernel
                 SCOPED_TRACE(::testing::Message()
                              << std::hex << row.alpha_value << " +" << offset << " streaming " << int(streaming));
@@ -174,11 +172,9 @@ TEST_F(KnownAnswers, ConstantAlphaWordAndDwordForms) {
 // its low byte, unlike the saturation of the decoders.
 TEST_F(KnownAnswers, RepackingTruncatesConstantAlpha) {
     for (auto [alpha, expected] : {std::pair{0x1FFu, 0xFF}, {0x100u, 0x00}, {300u, 44}}) {
-        Line bgr{ZENK_SSE2_BGR24I_BGR32I_EX, std::vector<uint8_t>(60, 7), 20};
-        bgr.alpha = alpha;
-        Line fill{ZENK_SSE2_A8C_A8P_EX, {}, 20};
-        fill.alpha = alpha;
-        const std::vector<uint8_t> bgra = Convert(bgr), plane = Convert(fill);
+        const std::vector<uint8_t> bgra =
+            Convert({.convert = ZENK_SSE2_BGR24I_BGR32I_EX, .src = std::vector<uint8_t>(60, 7), .width = 20, .alpha = alpha});
+        const std::vector<uint8_t> plane = Convert({.convert = ZENK_SSE2_A8C_A8P_EX, .width = 20, .alpha = alpha});
         for (int x = 0; x < 20; ++x) {
             EXPECT_EQ(bgra[4 * x + 3], expected) << alpha;
             EXPECT_EQ(plane[x], expected) << alpha;
@@ -310,9 +306,9 @@ TEST(SameStandard, UvyyReorderOnlyWhenAligned) {
                         {ZENK_SSE2_UYVY16I_UVYY16I_EX, 4, {1, 2, 3, 4}},
                         {ZENK_SSE2_UVYY16I_UYVY16I_EX, 8, {1, 2, 3, 4}}};
     for (const Row& row : rows) {
-        Line l{row.convert, Repeat({1, 2, 3, 4}, 8), 16, 2, 2};
-        l.dst_offset = row.offset;
-        const std::vector<uint8_t> out = Convert(l);
+        const std::vector<uint8_t> out =
+            Convert({.convert = row.convert, .src = Repeat({1, 2, 3, 4}, 8), .width = 16, .src_matrix = 2,
+                     .dst_matrix = 2, .dst_offset = row.offset});
         EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 32), Repeat(row.pair, 8)) << row.offset;
     }
 }

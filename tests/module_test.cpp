@@ -66,10 +66,9 @@ TEST(ModuleLoad, LoadsConvertsAndResolvesEveryExportByName) {
     std::ifstream def(ZENK_DEF_PATH);
     ASSERT_TRUE(def.good());
     const std::regex name("^\\s+(ZENK_SSE2_[A-Z0-9_]+)\\s*$");
-    std::string line;
     int names = 0;
-    while (std::getline(def, line)) {
-        std::smatch m;
+    std::smatch m;
+    for (std::string line; std::getline(def, line);) {
         if (!std::regex_match(line, m, name)) continue;
         ++names;
         EXPECT_NE(Symbol(library, m[1].str().c_str()), nullptr) << m[1];

@@ -29,4 +29,10 @@ void ReferenceRgbConvert(const ZenkConversionRequest& r, RgbConversion c, int al
 // where the export's destination is A8P.
 void ReferenceAlphaPass(const ZenkConversionRequest& r, RgbSource source, bool into_destination_plane = false);
 
+// What a composite export does after its colour pass: nothing, the
+// constant alpha into the destination alpha plane, or the source alpha
+// plane copied there.
+enum class AlphaPass { kNone, kConstant, kCopy };
+void ReferenceAlphaPass(const ZenkConversionRequest& r, AlphaPass pass);
+
 }  // namespace zenk::test

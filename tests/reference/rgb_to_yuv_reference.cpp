@@ -7,12 +7,6 @@
 namespace zenk::test {
 namespace {
 
-// The values of one pixel pair before layout: Y0, Y1 with the luma offset,
-// Cb, Cr with 128 added and saturated (not yet clamped).
-struct EncodedPair {
-    int y0, y1, cb, cr;
-};
-
 // The weights of one set, 15 fractional bits.
 struct ReferenceWeights {
     int kr, kg, kb, cb_b, cb_g, cb_r, cr_r, cr_g, cr_b, luma_offset;
@@ -33,46 +27,100 @@ ReferenceWeights SelectWeights(const ZenkConversionRequest& r, int32_t host_opti
 
 int Scale(int sum) { return (sum + 16384) >> 15; }
 
-// The pair as the kernels arrange it: (B0, G0, R0, B1) and (R0, B1, G1, R1)
-// may come from different pixels; the arithmetic takes them as given.
+// The samples of one pair as the kernels arrange them: (B0, G0, R0, B1) and
+// (R0, B1, G1, R1) may come from different pixels; the arithmetic takes them
+// as given.
 struct PairSamples {
     int b0, g0, r0, b1, g1, r1;
 };
-
-EncodedPair Encode(const ReferenceWeights& w, const PairSamples& p) {
-    return {Scale(w.kb * p.b0 + w.kg * p.g0 + w.kr * p.r0) + w.luma_offset,
-            Scale(w.kb * p.b1 + w.kg * p.g1 + w.kr * p.r1) + w.luma_offset,
-            std::min(Scale(w.cb_b * p.b0 + w.cb_g * p.g0 + w.cb_r * p.r0) + 128, 255),
-            std::min(Scale(w.cr_b * p.b1 + w.cr_g * p.g1 + w.cr_r * p.r1) + 128, 255)};
-}
 
 PairSamples Samples(const uint8_t* px0, const uint8_t* px1) {
     return {px0[0], px0[1], px0[2], px1[0], px1[1], px1[2]};
 }
 
-struct Limits {
-    int low, high;
-    uint8_t Apply(int v) const { return static_cast<uint8_t>(std::clamp(v, low, high)); }
-};
-
-// One line of one picture: converts `pairs` output pairs.
+// One line of one picture.
 struct LineJob {
     const uint8_t* src;
-    uint8_t* dst;         // packed pixels, or luma
-    uint8_t* chroma;      // Y8PUV8I only
-    uint8_t* alpha;       // BGR32 with an alpha plane only
+    uint8_t* dst;     // packed pixels, or luma
+    uint8_t* chroma;  // Y8PUV8I only
+    uint8_t* alpha;   // BGR32 with an alpha plane only
 };
 
 class Encoder {
 public:
     Encoder(const ZenkConversionRequest& r, const EncodeKernel& k, int32_t host_option)
-        : r_(r), k_(k), w_(SelectWeights(r, host_option)),
-          luma_(r.clamp_luma ? Limits{16, 235} : Limits{0, 255}) {}
+        : r_(r), k_(k), w_(SelectWeights(r, host_option)) {}
 
-    // Writes output pair `index` of a line (index counts output pairs).
-    void Write(const LineJob& job, int index, const EncodedPair& e, int y_first, int y_second) const {
-        const int cb = e.cb, cr = e.cr;
-        const uint8_t y0 = luma_.Apply(y_first), y1 = luma_.Apply(y_second);
+    int PairBytes() const { return k_.layout == EncodeLayout::kY8Uv ? 2 : 4; }
+    int PixelBytes() const { return k_.source == EncodeSource::kBgr32 ? 4 : 3; }
+    uint8_t* ChromaOf(uint8_t* luma) const {
+        return k_.layout == EncodeLayout::kY8Uv ? Step(luma, int64_t{r_.dst_stride} * r_.dst_height) : nullptr;
+    }
+
+    // Output pair `index` of a line: Y0, Y1 with the luma offset, Cb, Cr with
+    // 128 added and saturated; with `doubled`, output pairs 2 * index (Y0
+    // twice) and 2 * index + 1 (Y1 twice), both with the pair's chroma.
+    void Emit(const LineJob& job, int index, const PairSamples& p, bool doubled = false) const {
+        const int y0 = Scale(w_.kb * p.b0 + w_.kg * p.g0 + w_.kr * p.r0) + w_.luma_offset;
+        const int y1 = Scale(w_.kb * p.b1 + w_.kg * p.g1 + w_.kr * p.r1) + w_.luma_offset;
+        const uint8_t cb = static_cast<uint8_t>(std::min(Scale(w_.cb_b * p.b0 + w_.cb_g * p.g0 + w_.cb_r * p.r0) + 128, 255));
+        const uint8_t cr = static_cast<uint8_t>(std::min(Scale(w_.cr_b * p.b1 + w_.cr_g * p.g1 + w_.cr_r * p.r1) + 128, 255));
+        if (doubled) {
+            Write(job, 2 * index, y0, y0, cb, cr);
+            Write(job, 2 * index + 1, y1, y1, cb, cr);
+        } else {
+            Write(job, index, y0, y1, cb, cr);
+        }
+        if (job.alpha != nullptr) {
+            job.alpha[2 * index] = job.src[8 * index + 3];
+            job.alpha[2 * index + 1] = job.src[8 * index + 7];
+        }
+    }
+
+    // Frame mode: one line, returns the pairs converted. The unaligned walk
+    // takes singly the head pairs up to the first 16-byte boundary of the
+    // first destination byte and the tail pairs after the 8-pixel groups
+    // (lines narrower than 16 pixels all singly); a BGR24 single pair takes
+    // R0 from the next even pixel and G1, R1 from the next odd pixel.
+    int32_t FrameLine(const LineJob& job) const {
+        const int32_t width = r_.width;
+        const int n = PixelBytes();
+        int32_t pairs = width > 1 ? width / 2 : 0, head = 0, tail = pairs;
+        if (k_.aligned) {
+            pairs = tail = width > 0 ? width / 8 * 4 : 0;
+        } else {
+            const int d = static_cast<int>(reinterpret_cast<uintptr_t>(job.dst) % 16);
+            head = width < 16 ? pairs : d == 0 ? 0 : (16 - d) / 4;
+            tail = head + (width - 2 * head) / 8 * 4;
+        }
+        for (int32_t i = 0; i < pairs; ++i) {
+            const uint8_t* p0 = job.src + n * 2 * i;
+            PairSamples s = Samples(p0, p0 + n);
+            if ((i < head || i >= tail) && k_.source == EncodeSource::kBgr24) {
+                s.r0 = p0[8];
+                s.g1 = p0[10];
+                s.r1 = p0[11];
+            }
+            Emit(job, i, s);
+        }
+        return pairs;
+    }
+
+    // The pair modes: output pair i from source pixels 2 * step * i and
+    // 2 * step * i + step when reducing by `step` (2 or 4); from pixels 2i
+    // and 2i + 1 written twice when doubling (`step` 1).
+    void PairModeLine(const LineJob& job, int step) const {
+        for (int32_t i = 0; i < std::max(r_.width, 0) / 2; ++i) {
+            const uint8_t* p0 = job.src + 4 * 2 * step * i;
+            Emit(job, i, Samples(p0, p0 + 4 * step), step == 1);
+        }
+    }
+
+private:
+    void Write(const LineJob& job, int index, int y_first, int y_second, uint8_t cb, uint8_t cr) const {
+        const int low = r_.clamp_luma ? 16 : 0, high = r_.clamp_luma ? 235 : 255;
+        const uint8_t y0 = static_cast<uint8_t>(std::clamp(y_first, low, high));
+        const uint8_t y1 = static_cast<uint8_t>(std::clamp(y_second, low, high));
         uint8_t* out = job.dst + 4 * index;
         switch (k_.layout) {
             case EncodeLayout::kUyvy: out[0] = cb; out[1] = y0; out[2] = cr; out[3] = y1; break;
@@ -90,94 +138,9 @@ public:
         }
     }
 
-    int PairBytes() const { return k_.layout == EncodeLayout::kY8Uv ? 2 : 4; }
-    int PixelBytes() const { return k_.source == EncodeSource::kBgr32 ? 4 : 3; }
-
-    // Single pairs of the unaligned walk: a BGR24 single pair takes R0 from
-    // the next even pixel and G1, R1 from the next odd pixel.
-    PairSamples FramePair(const uint8_t* src, int pair, bool single) const {
-        const int n = PixelBytes();
-        const uint8_t* p0 = src + n * 2 * pair;
-        const uint8_t* p1 = p0 + n;
-        PairSamples s = Samples(p0, p1);
-        if (single && k_.source == EncodeSource::kBgr24) {
-            s.r0 = p0[8];
-            s.g1 = p0[10];
-            s.r1 = p0[11];
-        }
-        return s;
-    }
-
-    // Which pairs of a line the unaligned walk takes singly: head pairs up to
-    // the first 16-byte boundary of the first destination byte, tail pairs
-    // after the 8-pixel groups; lines narrower than 16 pixels all singly.
-    void SplitLine(const uint8_t* first_byte, int32_t width, int32_t& head, int32_t& body) const {
-        head = width / 2;
-        if (width >= 16) {
-            const int d = static_cast<int>(reinterpret_cast<uintptr_t>(first_byte) % 16);
-            head = d == 0 ? 0 : (16 - d) / 4;
-        }
-        body = (width - 2 * head) / 8;
-    }
-
-    // Frame mode: one line, returns the pairs converted.
-    int32_t FrameLine(const LineJob& job) const {
-        const int32_t width = r_.width;
-        if (k_.aligned) {
-            const int32_t pairs = width > 0 ? width / 8 * 4 : 0;
-            for (int32_t i = 0; i < pairs; ++i) Emit(job, i, FramePair(job.src, i, false));
-            return pairs;
-        }
-        if (width <= 1) return 0;
-        int32_t head, body;
-        SplitLine(job.dst, width, head, body);
-        const int32_t pairs = width / 2;
-        for (int32_t i = 0; i < pairs; ++i) {
-            const bool single = i < head || i >= head + 4 * body;
-            Emit(job, i, FramePair(job.src, i, single));
-        }
-        return pairs;
-    }
-
-    void Emit(const LineJob& job, int index, const PairSamples& s) const {
-        const EncodedPair e = Encode(w_, s);
-        Write(job, index, e, e.y0, e.y1);
-        if (job.alpha != nullptr) {
-            job.alpha[2 * index] = job.src[8 * index + 3];
-            job.alpha[2 * index + 1] = job.src[8 * index + 7];
-        }
-    }
-
-    // Reduction by `step` (2 or 4): output pair i from source pixels 2*step*i
-    // and 2*step*i + step.
-    void ReducedLine(const LineJob& job, int step) const {
-        for (int32_t i = 0; i < std::max(r_.width, 0) / 2; ++i) {
-            const uint8_t* p0 = job.src + 4 * 2 * step * i;
-            const EncodedPair e = Encode(w_, Samples(p0, p0 + 4 * step));
-            Write(job, i, e, e.y0, e.y1);
-        }
-    }
-
-    // Doubling: source pair i gives output pairs 2i (Y0 twice) and 2i + 1
-    // (Y1 twice), both with the pair's chroma.
-    void DoubledLine(const LineJob& job) const {
-        for (int32_t i = 0; i < std::max(r_.width, 0) / 2; ++i) {
-            const uint8_t* p0 = job.src + 8 * i;
-            const EncodedPair e = Encode(w_, Samples(p0, p0 + 4));
-            Write(job, 2 * i, e, e.y0, e.y0);
-            Write(job, 2 * i + 1, e, e.y1, e.y1);
-        }
-    }
-
-    uint8_t* ChromaOf(uint8_t* luma) const {
-        return k_.layout == EncodeLayout::kY8Uv ? Step(luma, int64_t{r_.dst_stride} * r_.dst_height) : nullptr;
-    }
-
-private:
     const ZenkConversionRequest& r_;
     const EncodeKernel& k_;
     ReferenceWeights w_;
-    Limits luma_;
 };
 
 }  // namespace
@@ -206,7 +169,7 @@ void ReferenceEncode(const ZenkConversionRequest& r, const EncodeKernel& k, int3
             const uint8_t* src = Step(r.src_plane, int64_t{n} * r.src_skip);
             for (int copy = 0; copy < 2; ++copy) {
                 uint8_t* dst = Step(r.dst_plane, (2 * int64_t{n} + copy) * r.dst_stride);
-                enc.DoubledLine({src, dst, enc.ChromaOf(dst), nullptr});
+                enc.PairModeLine({src, dst, enc.ChromaOf(dst), nullptr}, 1);
             }
         }
         return;
@@ -216,13 +179,12 @@ void ReferenceEncode(const ZenkConversionRequest& r, const EncodeKernel& k, int3
     const int64_t line_bytes = int64_t{std::max(r.width, 0) / 2} * enc.PairBytes();
     const int64_t k_factor = k.vertical_mode == 1 ? 2 : 4;
     const int64_t sign = r.src_skip < 0 ? -1 : 1;
-    const int64_t stride = r.src_stride;
-    const int64_t second = sign * (r.src_field_pair ? 1 : k_factor) * stride;
-    const int64_t advance = r.src_skip + sign * 2 * k_factor * stride;
+    const int64_t second = sign * (r.src_field_pair ? 1 : k_factor) * r.src_stride;
+    const int64_t advance = r.src_skip + sign * 2 * k_factor * r.src_stride;
     for (int32_t n = 0; n < r.dst_height; ++n) {
         const uint8_t* src = Step(r.src_plane, (n % 2 ? second : 0) + (n / 2) * advance);
         uint8_t* dst = Step(r.dst_plane, n * (line_bytes + r.dst_skip));
-        enc.ReducedLine({src, dst, enc.ChromaOf(dst), nullptr}, static_cast<int>(k_factor));
+        enc.PairModeLine({src, dst, enc.ChromaOf(dst), nullptr}, static_cast<int>(k_factor));
     }
 }
 

@@ -7,36 +7,29 @@
 namespace zenk::test {
 namespace {
 
+// The numbers a conversion decodes with, for the request's selectors and
+// what the host answers to option 128: the chroma set as (Cb->B, Cr->R,
+// Cb->G, Cr->G) at 13 fractional bits.
 struct DecodingNumbers {
     int32_t offset, gain;
-    int32_t cb_to_b, cr_to_b, cb_to_r, cr_to_r, cb_to_g, cr_to_g;
+    const int32_t* set;
     int32_t clamp_low, clamp_high;
-};
 
-// The numbers a conversion decodes with, for the request's selectors and
-// what the host answers to option 128.
-DecodingNumbers ReferenceNumbers(const ZenkConversionRequest& r, int32_t host_answer) {
-    // Chroma sets as (Cb->B, Cr->R, Cb->G, Cr->G) at 13 fractional bits.
-    static const int32_t kSets[4][4] = {
-        {16525, 13075, -3209, -6660},  // BT.601 studio
-        {17305, 14686, -1747, -4366},  // BT.709 studio
-        {14460, 11440, -2808, -5827},  // BT.601 full swing
-        {15142, 12850, -1529, -3820},  // BT.709 full swing
-    };
-    const int matrix = r.dst_matrix == 1 ? 0 : 1;
-    const bool full_swing = r.full_range && host_answer != 0;
-    const int32_t* set = kSets[matrix + (full_swing ? 2 : 0)];
-    DecodingNumbers n{};
-    n.offset = r.full_range ? 0 : 16;
-    n.gain = r.full_range ? 16384 : 19073;
-    n.cb_to_b = set[0];
-    n.cr_to_r = set[1];
-    n.cb_to_g = set[2];
-    n.cr_to_g = set[3];
-    n.clamp_low = r.clamp_luma ? 16 : 0;
-    n.clamp_high = r.clamp_luma ? 235 : 255;
-    return n;
-}
+    DecodingNumbers(const ZenkConversionRequest& r, int32_t host_answer) {
+        static const int32_t kSets[4][4] = {
+            {16525, 13075, -3209, -6660},  // BT.601 studio
+            {17305, 14686, -1747, -4366},  // BT.709 studio
+            {14460, 11440, -2808, -5827},  // BT.601 full swing
+            {15142, 12850, -1529, -3820},  // BT.709 full swing
+        };
+        const bool full_swing = r.full_range && host_answer != 0;
+        set = kSets[(r.dst_matrix == 1 ? 0 : 1) + (full_swing ? 2 : 0)];
+        offset = r.full_range ? 0 : 16;
+        gain = r.full_range ? 16384 : 19073;
+        clamp_low = r.clamp_luma ? 16 : 0;
+        clamp_high = r.clamp_luma ? 235 : 255;
+    }
+};
 
 int SaturateByte(int64_t v) {
     const int64_t word = std::clamp<int64_t>(v, -32768, 32767);
@@ -52,9 +45,9 @@ void ReferenceDecodePixel(const DecodingNumbers& n, int y, int cb, int cr, bool 
     if (!odd) yd &= 0xFF;  // even pixels keep the low byte of their Yd only
     const int64_t luma = int64_t{yd} * n.gain + 8192;
     const int64_t c_b = 2 * (cb - 128), c_r = 2 * (cr - 128);
-    bgr[0] = static_cast<uint8_t>(SaturateByte(Shift14(c_b * n.cb_to_b + c_r * n.cr_to_b + luma)));
-    bgr[1] = static_cast<uint8_t>(SaturateByte(Shift14(c_b * n.cb_to_g + c_r * n.cr_to_g + luma)));
-    bgr[2] = static_cast<uint8_t>(SaturateByte(Shift14(c_b * n.cb_to_r + c_r * n.cr_to_r + luma)));
+    bgr[0] = static_cast<uint8_t>(SaturateByte(Shift14(c_b * n.set[0] + luma)));
+    bgr[1] = static_cast<uint8_t>(SaturateByte(Shift14(c_b * n.set[2] + c_r * n.set[3] + luma)));
+    bgr[2] = static_cast<uint8_t>(SaturateByte(Shift14(c_r * n.set[1] + luma)));
 }
 
 struct LineSources {
@@ -98,7 +91,7 @@ int64_t ChromaDistance(const ZenkConversionRequest& r) { return int64_t{r.src_st
 }  // namespace
 
 void ReferenceYuvToRgb(const ZenkConversionRequest& r, YuvDecoding d, int aligned_block, int32_t host_answer) {
-    const DecodingNumbers n = ReferenceNumbers(r, host_answer);
+    const DecodingNumbers n(r, host_answer);
     const int32_t width = std::max(r.width, 0);
     const int32_t count = aligned_block ? width / aligned_block * aligned_block : width & ~1;
     const bool planar = d.layout == YuvLayout::kPlanar;
@@ -115,7 +108,7 @@ void ReferenceYuvToRgb(const ZenkConversionRequest& r, YuvDecoding d, int aligne
 }
 
 void ReferenceYuvToRgbPairModes(const ZenkConversionRequest& r, YuvDecoding d, int32_t host_answer) {
-    const DecodingNumbers n = ReferenceNumbers(r, host_answer);
+    const DecodingNumbers n(r, host_answer);
     if (r.scan_mode != 1 && r.scan_mode != 2) return;  // no line count: nothing converted
     if (r.src_height == 0) return;                       // no source lines: nothing read or written
     const int64_t k = r.vertical_mode == 1 ? 2 : 4;

@@ -120,37 +120,21 @@ struct Arithmetic {
 
 // ---- Layouts ---------------------------------------------------------------------------------
 
+// Where a layout keeps Y0, Y1, Cb and Cr of a pair.
+const int kPlaces[3][4] = {{1, 3, 0, 2}, {0, 2, 1, 3}, {2, 3, 0, 1}};  // UYVY, YUYV, UVYY
+
 YuvPairValues Read(YuvLayout l, const uint8_t* b) {
-    switch (l) {
-        case YuvLayout::kUyvy: return {b[1], b[3], b[0], b[2]};
-        case YuvLayout::kYuyv: return {b[0], b[2], b[1], b[3]};
-        case YuvLayout::kUvyy: return {b[2], b[3], b[0], b[1]};
-    }
-    return {};
+    const int* at = kPlaces[static_cast<int>(l)];
+    return {b[at[0]], b[at[1]], b[at[2]], b[at[3]]};
 }
 
 void Write(YuvLayout l, uint8_t* b, const YuvPairValues& p) {
-    uint8_t out[4] = {};
-    switch (l) {
-        case YuvLayout::kUyvy: out[0] = p.cb, out[1] = p.y0, out[2] = p.cr, out[3] = p.y1; break;
-        case YuvLayout::kYuyv: out[0] = p.y0, out[1] = p.cb, out[2] = p.y1, out[3] = p.cr; break;
-        case YuvLayout::kUvyy: out[0] = p.cb, out[1] = p.cr, out[2] = p.y0, out[3] = p.y1; break;
-    }
-    for (int i = 0; i < 4; ++i) b[i] = out[i];
-}
-
-int DestinationBytesPerPair(YuvOperation op) {
-    switch (op) {
-        case YuvOperation::kSplit: return 2;  // on each plane
-        case YuvOperation::kWiden: return 8;
-        default: return 4;
-    }
+    const int* at = kPlaces[static_cast<int>(l)];
+    const uint8_t values[4] = {p.y0, p.y1, p.cb, p.cr};
+    for (int i = 0; i < 4; ++i) b[at[i]] = values[i];
 }
 
 bool IsMatrix(YuvOperation op) { return op == YuvOperation::kMatrix || op == YuvOperation::kSharedMatrix; }
-
-bool Aligned16(const void* p) { return (reinterpret_cast<uintptr_t>(p) & 15u) == 0; }
-bool Multiple(int32_t v, uint32_t unit) { return static_cast<uint32_t>(v) % unit == 0; }
 
 }  // namespace
 
@@ -160,7 +144,7 @@ MatrixChangeModel ReferenceMatrixChangeSet(int32_t src_matrix, int32_t dst_matri
 
 void ReferenceYuvKernel(const ZenkConversionRequest& r, const YuvKernelModel& k, bool aligned_kernel) {
     const Arithmetic math(r.src_matrix, r.dst_matrix, r.clamp_luma != 0);
-    const int out_bytes = DestinationBytesPerPair(k.operation);
+    const int out_bytes = k.operation == YuvOperation::kSplit ? 2 : k.operation == YuvOperation::kWiden ? 8 : 4;
     const int group_pairs = k.operation == YuvOperation::kWiden ? 4 : 8;
     const int head_pair_bytes = k.operation == YuvOperation::kWiden ? 8 : 4;
     const uint8_t* src = r.src_plane;
@@ -225,42 +209,49 @@ void ReferenceYuvKernel(const ZenkConversionRequest& r, const YuvKernelModel& k,
 }
 
 void ReferenceYuvExport(const ZenkConversionRequest& r, YuvExport e) {
-    auto side = [](const uint8_t* plane, int32_t stride, int32_t width, uint32_t stride_unit, uint32_t width_unit) {
-        return Aligned16(plane) && Multiple(stride, stride_unit) && Multiple(width, width_unit);
-    };
-    auto both = [&](uint32_t unit) {
-        return side(r.dst_plane, r.dst_stride, r.width, unit, 16) &&
-               side(r.src_plane, r.src_stride, r.src_width, unit, 16);
-    };
-    const bool same = r.src_matrix == r.dst_matrix;
-    const bool destination16 = side(r.dst_plane, r.dst_stride, r.width, 16, 16);
     using L = YuvLayout;
     using O = YuvOperation;
-    switch (e) {
-        case YuvExport::kUyvyToUyvy:
-            return ReferenceYuvKernel(
-                r, same ? YuvKernelModel{O::kCopy} : YuvKernelModel{O::kMatrix, L::kUyvy, L::kUyvy}, both(32));
-        case YuvExport::kYuyvToYuyv:
-            if (same) return ReferenceYuvExport(r, YuvExport::kUyvyToUyvy);
-            return ReferenceYuvKernel(r, {O::kMatrix, L::kYuyv, L::kYuyv}, both(32));
-        case YuvExport::kUyvyToYuyv:
-            return ReferenceYuvKernel(r, {same ? O::kReorder : O::kMatrix, L::kUyvy, L::kYuyv}, both(32));
-        case YuvExport::kYuyvToUyvy:
-            if (same) return ReferenceYuvExport(r, YuvExport::kUyvyToYuyv);
-            return ReferenceYuvKernel(r, {O::kMatrix, L::kYuyv, L::kUyvy}, both(16));
-        case YuvExport::kUvyyToUyvy:
-        case YuvExport::kUyvyToUvyy: {
-            const YuvKernelModel reorder = e == YuvExport::kUvyyToUyvy
-                                               ? YuvKernelModel{O::kReorder, L::kUvyy, L::kUyvy}
-                                               : YuvKernelModel{O::kReorder, L::kUyvy, L::kUvyy};
-            if (!same) return ReferenceYuvKernel(r, {O::kSharedMatrix}, destination16);
-            return ReferenceYuvKernel(r, destination16 ? reorder : YuvKernelModel{O::kCopy}, destination16);
-        }
-        case YuvExport::kUyvyToY8puv8:
-            return ReferenceYuvKernel(r, {same ? O::kSplit : O::kSharedMatrix}, destination16);
-        case YuvExport::kUyvyToV8u8y8a8:
-            return ReferenceYuvKernel(r, {O::kWiden}, side(r.dst_plane, r.dst_stride, r.width, 32, 8));
-    }
+    // Per export: the kernel for the same standard (on an aligned and on any
+    // other picture) and for a change of standard, and what the alignment
+    // test asks for either: both planes 16-aligned with pitches in units of
+    // 32 or 16 and widths of 16 (kBoth32, kBoth16), the destination alone
+    // (kDestination16), or for the widening pitches of 32 and widths of 8.
+    enum Test { kBoth32, kBoth16, kDestination16, kWide };
+    struct Choice {
+        YuvKernelModel same_aligned, same_any;
+        Test same_test;
+        YuvKernelModel change;
+        Test change_test;
+    };
+    static const Choice kChoices[] = {
+        // UYVY16I to UYVY16I, YUYV16I to YUYV16I
+        {{O::kCopy}, {O::kCopy}, kBoth32, {O::kMatrix}, kBoth32},
+        {{O::kCopy}, {O::kCopy}, kBoth32, {O::kMatrix, L::kYuyv, L::kYuyv}, kBoth32},
+        // UYVY16I to YUYV16I and back: the same byte swap
+        {{O::kReorder, L::kUyvy, L::kYuyv}, {O::kReorder, L::kUyvy, L::kYuyv}, kBoth32,
+         {O::kMatrix, L::kUyvy, L::kYuyv}, kBoth32},
+        {{O::kReorder, L::kUyvy, L::kYuyv}, {O::kReorder, L::kUyvy, L::kYuyv}, kBoth32,
+         {O::kMatrix, L::kYuyv, L::kUyvy}, kBoth16},
+        // UVYY16I to UYVY16I and back, UYVY16I to Y8PUV8I, UYVY16I to V8U8Y8A8I
+        {{O::kReorder, L::kUvyy, L::kUyvy}, {O::kCopy}, kDestination16, {O::kSharedMatrix}, kDestination16},
+        {{O::kReorder, L::kUyvy, L::kUvyy}, {O::kCopy}, kDestination16, {O::kSharedMatrix}, kDestination16},
+        {{O::kSplit}, {O::kSplit}, kDestination16, {O::kSharedMatrix}, kDestination16},
+        {{O::kWiden}, {O::kWiden}, kWide, {O::kWiden}, kWide},
+    };
+    auto side = [](const uint8_t* plane, int32_t stride, int32_t width, uint32_t stride_unit, uint32_t width_unit) {
+        return (reinterpret_cast<uintptr_t>(plane) & 15u) == 0 && static_cast<uint32_t>(stride) % stride_unit == 0 &&
+               static_cast<uint32_t>(width) % width_unit == 0;
+    };
+    auto passes = [&](Test t) {
+        if (t == kWide) return side(r.dst_plane, r.dst_stride, r.width, 32, 8);
+        const uint32_t unit = t == kBoth32 ? 32 : 16;
+        return side(r.dst_plane, r.dst_stride, r.width, unit, 16) &&
+               (t == kDestination16 || side(r.src_plane, r.src_stride, r.src_width, unit, 16));
+    };
+    const Choice& c = kChoices[static_cast<int>(e)];
+    if (r.src_matrix != r.dst_matrix) return ReferenceYuvKernel(r, c.change, passes(c.change_test));
+    const bool aligned = passes(c.same_test);
+    ReferenceYuvKernel(r, aligned ? c.same_aligned : c.same_any, aligned);
 }
 
 }  // namespace zenk::test

@@ -85,16 +85,10 @@ const Registration kRegistration = RegisterEach(kRows, [](const EncodeRow& c) {
                             QueryHostOption());
         });
     }
-    if (c.table != nullptr) {
-        e.pair_modes = {1, 2, 3};
-        for (int32_t mode : e.pair_modes) {
-            e.kernels.push_back({"mode" + std::to_string(mode), PairModeAtLevels(kKernelsAt, c.table, mode), {.pair_mode = mode},
-                                 [c, mode](const Request& r) {
-                                     ReferenceEncode(r, {c.source, c.layout, false, mode, false},
-                                                     QueryHostOption());
-                                 }});
-        }
-    }
+    if (c.table != nullptr)
+        AddPairModes(e, AtLevels(kKernelsAt, c.table), {1, 2, 3}, [c](const Request& r, int32_t mode) {
+            ReferenceEncode(r, {c.source, c.layout, false, mode, false}, QueryHostOption());
+        });
     return e;
 });
 

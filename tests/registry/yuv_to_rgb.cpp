@@ -90,14 +90,10 @@ const Registration kRegistration = RegisterEach(kRows, [](const DecodeRow& c) {
             ReferenceYuvToRgb(r, {c.layout, c.fourth[variant]}, variant < 2 ? block : 0, QueryHostOption());
         });
     }
-    if (c.table != nullptr) {
-        e.pair_modes = {1, 2};
-        for (int32_t mode : e.pair_modes)
-            e.kernels.push_back({"mode" + std::to_string(mode), PairModeAtLevels(kKernelsAt, c.table, mode), {.pair_mode = mode},
-                                 [c](const Request& r) {
-                                     ReferenceYuvToRgbPairModes(r, {c.layout, c.fourth[3]}, QueryHostOption());
-                                 }});
-    }
+    if (c.table != nullptr)
+        AddPairModes(e, AtLevels(kKernelsAt, c.table), {1, 2}, [c](const Request& r, int32_t) {
+            ReferenceYuvToRgbPairModes(r, {c.layout, c.fourth[3]}, QueryHostOption());
+        });
     return e;
 });
 

@@ -12,6 +12,7 @@ namespace {
 using L = YuvLayout;
 using O = YuvOperation;
 using E = YuvExport;
+using A = AlphaPass;
 namespace k = yuv_to_yuv;
 
 struct KernelRow {
@@ -22,63 +23,61 @@ struct KernelRow {
 };
 
 enum class Dst { kPacked, kPlanar, kWide };
-enum class Alpha { kNone, kConstant, kCopy };
 
 struct ExportRow {
     const char* name;
     ZenkConvertFunction convert;
     E colour;
     Dst destination;
-    Alpha alpha;
+    AlphaPass alpha;
     std::vector<KernelRow> kernels;
 };
 
 const KernelRow kCopyPacked{"CopyPacked.", &k::Kernels::copy_packed, {O::kCopy}, {O::kCopy}};
 
 const ExportRow kRows[] = {
-    {"UYVY16I_UYVY16I", ZENK_SSE2_UYVY16I_UYVY16I_EX, E::kUyvyToUyvy, Dst::kPacked, Alpha::kNone,
+    {"UYVY16I_UYVY16I", ZENK_SSE2_UYVY16I_UYVY16I_EX, E::kUyvyToUyvy, Dst::kPacked, A::kNone,
      {kCopyPacked, {"Matrix.", &k::Kernels::matrix_uyvy_to_uyvy, {O::kMatrix}, {O::kMatrix}}}},
-    {"YUYV16I_YUYV16I", ZENK_SSE2_YUYV16I_YUYV16I_EX, E::kYuyvToYuyv, Dst::kPacked, Alpha::kNone,
+    {"YUYV16I_YUYV16I", ZENK_SSE2_YUYV16I_YUYV16I_EX, E::kYuyvToYuyv, Dst::kPacked, A::kNone,
      {{"Matrix.", &k::Kernels::matrix_yuyv_to_yuyv, {O::kMatrix, L::kYuyv, L::kYuyv}, {O::kMatrix, L::kYuyv, L::kYuyv}}}},
-    {"UYVY16I_YUYV16I", ZENK_SSE2_UYVY16I_YUYV16I_EX, E::kUyvyToYuyv, Dst::kPacked, Alpha::kNone,
+    {"UYVY16I_YUYV16I", ZENK_SSE2_UYVY16I_YUYV16I_EX, E::kUyvyToYuyv, Dst::kPacked, A::kNone,
      {{"SwapWordBytes.", &k::Kernels::swap_word_bytes, {O::kReorder, L::kUyvy, L::kYuyv}, {O::kReorder, L::kYuyv, L::kUyvy}},
       {"Matrix.", &k::Kernels::matrix_uyvy_to_yuyv, {O::kMatrix, L::kUyvy, L::kYuyv}, {O::kMatrix, L::kUyvy, L::kYuyv}}}},
-    {"YUYV16I_UYVY16I", ZENK_SSE2_YUYV16I_UYVY16I_EX, E::kYuyvToUyvy, Dst::kPacked, Alpha::kNone,
+    {"YUYV16I_UYVY16I", ZENK_SSE2_YUYV16I_UYVY16I_EX, E::kYuyvToUyvy, Dst::kPacked, A::kNone,
      {{"Matrix.", &k::Kernels::matrix_yuyv_to_uyvy, {O::kMatrix, L::kYuyv, L::kUyvy}, {O::kMatrix, L::kYuyv, L::kUyvy}}}},
-    {"UVYY16I_UYVY16I", ZENK_SSE2_UVYY16I_UYVY16I_EX, E::kUvyyToUyvy, Dst::kPacked, Alpha::kNone, {}},
-    {"UYVY16I_UVYY16I", ZENK_SSE2_UYVY16I_UVYY16I_EX, E::kUyvyToUvyy, Dst::kPacked, Alpha::kNone,
+    {"UVYY16I_UYVY16I", ZENK_SSE2_UVYY16I_UYVY16I_EX, E::kUvyyToUyvy, Dst::kPacked, A::kNone, {}},
+    {"UYVY16I_UVYY16I", ZENK_SSE2_UYVY16I_UVYY16I_EX, E::kUyvyToUvyy, Dst::kPacked, A::kNone,
      {{"ExchangeOrCopy.", &k::Kernels::exchange_middle_bytes_or_copy, {O::kReorder, L::kUvyy, L::kUyvy}, {O::kCopy}},
       {"SharedMatrix.", &k::Kernels::matrix_shared_uyvy_order, {O::kSharedMatrix}, {O::kSharedMatrix}}}},
-    {"UYVY16I_Y8PUV8I", ZENK_SSE2_UYVY16I_Y8PUV8I_EX, E::kUyvyToY8puv8, Dst::kPlanar, Alpha::kNone,
+    {"UYVY16I_Y8PUV8I", ZENK_SSE2_UYVY16I_Y8PUV8I_EX, E::kUyvyToY8puv8, Dst::kPlanar, A::kNone,
      {{"Split.", &k::Kernels::split_to_planar, {O::kSplit}, {O::kSplit}}}},
-    {"UYVY16I_V8U8Y8A8I", ZENK_SSE2_UYVY16I_V8U8Y8A8I_EX, E::kUyvyToV8u8y8a8, Dst::kWide, Alpha::kNone,
+    {"UYVY16I_V8U8Y8A8I", ZENK_SSE2_UYVY16I_V8U8Y8A8I_EX, E::kUyvyToV8u8y8a8, Dst::kWide, A::kNone,
      {{"Widen.", &k::Kernels::widen_to_444, {O::kWiden}, {O::kWiden}}}},
-    {"UVYY16I_UYVY16IA8P", ZENK_SSE2_UVYY16I_UYVY16IA8P_EX, E::kUvyyToUyvy, Dst::kPacked, Alpha::kConstant, {}},
-    {"YUYV16I_UYVY16IA8P", ZENK_SSE2_YUYV16I_UYVY16IA8P_EX, E::kYuyvToUyvy, Dst::kPacked, Alpha::kConstant, {}},
-    {"UYVY16I_YUYV16IA8P", ZENK_SSE2_UYVY16I_YUYV16IA8P_EX, E::kUyvyToYuyv, Dst::kPacked, Alpha::kConstant, {}},
-    {"UYVY16I_Y8PUV8IA8P", ZENK_SSE2_UYVY16I_Y8PUV8IA8P_EX, E::kUyvyToY8puv8, Dst::kPlanar, Alpha::kConstant, {}},
-    {"UYVY16I_UYVY16IA8P", ZENK_SSE2_UYVY16I_UYVY16IA8P_EX, E::kUyvyToUyvy, Dst::kPacked, Alpha::kConstant, {}},
-    {"UYVY16I_UVYY16IA8P", ZENK_SSE2_UYVY16I_UVYY16IA8P_EX, E::kUyvyToUvyy, Dst::kPacked, Alpha::kConstant, {}},
-    {"YUYV16I_YUYV16IA8P", ZENK_SSE2_YUYV16I_YUYV16IA8P_EX, E::kYuyvToYuyv, Dst::kPacked, Alpha::kConstant, {}},
-    {"UYVY16IA8P_YUYV16IA8P", ZENK_SSE2_UYVY16IA8P_YUYV16IA8P_EX, E::kUyvyToYuyv, Dst::kPacked, Alpha::kCopy, {}},
-    {"UYVY16IA8P_UYVY16IA8P", ZENK_SSE2_UYVY16IA8P_UYVY16IA8P_EX, E::kUyvyToUyvy, Dst::kPacked, Alpha::kCopy, {}},
-    {"YUYV16IA8P_YUYV16IA8P", ZENK_SSE2_YUYV16IA8P_YUYV16IA8P_EX, E::kYuyvToYuyv, Dst::kPacked, Alpha::kCopy, {}},
-    {"YUYV16IA8P_UYVY16IA8P", ZENK_SSE2_YUYV16IA8P_UYVY16IA8P_EX, E::kYuyvToUyvy, Dst::kPacked, Alpha::kCopy, {}},
+    {"UVYY16I_UYVY16IA8P", ZENK_SSE2_UVYY16I_UYVY16IA8P_EX, E::kUvyyToUyvy, Dst::kPacked, A::kConstant, {}},
+    {"YUYV16I_UYVY16IA8P", ZENK_SSE2_YUYV16I_UYVY16IA8P_EX, E::kYuyvToUyvy, Dst::kPacked, A::kConstant, {}},
+    {"UYVY16I_YUYV16IA8P", ZENK_SSE2_UYVY16I_YUYV16IA8P_EX, E::kUyvyToYuyv, Dst::kPacked, A::kConstant, {}},
+    {"UYVY16I_Y8PUV8IA8P", ZENK_SSE2_UYVY16I_Y8PUV8IA8P_EX, E::kUyvyToY8puv8, Dst::kPlanar, A::kConstant, {}},
+    {"UYVY16I_UYVY16IA8P", ZENK_SSE2_UYVY16I_UYVY16IA8P_EX, E::kUyvyToUyvy, Dst::kPacked, A::kConstant, {}},
+    {"UYVY16I_UVYY16IA8P", ZENK_SSE2_UYVY16I_UVYY16IA8P_EX, E::kUyvyToUvyy, Dst::kPacked, A::kConstant, {}},
+    {"YUYV16I_YUYV16IA8P", ZENK_SSE2_YUYV16I_YUYV16IA8P_EX, E::kYuyvToYuyv, Dst::kPacked, A::kConstant, {}},
+    {"UYVY16IA8P_YUYV16IA8P", ZENK_SSE2_UYVY16IA8P_YUYV16IA8P_EX, E::kUyvyToYuyv, Dst::kPacked, A::kCopy, {}},
+    {"UYVY16IA8P_UYVY16IA8P", ZENK_SSE2_UYVY16IA8P_UYVY16IA8P_EX, E::kUyvyToUyvy, Dst::kPacked, A::kCopy, {}},
+    {"YUYV16IA8P_YUYV16IA8P", ZENK_SSE2_YUYV16IA8P_YUYV16IA8P_EX, E::kYuyvToYuyv, Dst::kPacked, A::kCopy, {}},
+    {"YUYV16IA8P_UYVY16IA8P", ZENK_SSE2_YUYV16IA8P_UYVY16IA8P_EX, E::kYuyvToUyvy, Dst::kPacked, A::kCopy, {}},
 };
 
 const Registration kRegistration = RegisterEach(kRows, [](const ExportRow& c) {
     ExportUnderTest e = Named(c.name, c.convert);
     e.src = {2};
-    e.src_alpha = {c.alpha == Alpha::kCopy ? 1 : 0};
+    e.src_alpha = {c.alpha == AlphaPass::kCopy ? 1 : 0};
     // Packed and 4:4:4 lines start on 4-byte boundaries, or anywhere.
     e.dst = c.destination == Dst::kPlanar ? PlaneSpec{1, true}
                                           : PlaneSpec{c.destination == Dst::kWide ? 4 : 2, false, 0, 4, true};
-    e.dst_alpha = {c.alpha == Alpha::kNone ? 0 : 1};
+    e.dst_alpha = {c.alpha == AlphaPass::kNone ? 0 : 1};
     e.lines_bound_writes = c.destination != Dst::kPlanar;
     e.reference = [c](const Request& r) {
         ReferenceYuvExport(r, c.colour);
-        if (c.alpha == Alpha::kConstant) ReferenceAlphaPass(r, RgbSource::kAlphaConstant);
-        if (c.alpha == Alpha::kCopy) ReferenceAlphaPass(r, RgbSource::kAlphaPlane);
+        ReferenceAlphaPass(r, c.alpha);
     };
     // The aligned kernels take their source at any address, and the
     // split its planes at any pitch.

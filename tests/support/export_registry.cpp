@@ -2,7 +2,6 @@
 
 namespace zenk::test {
 
-
 std::vector<ExportUnderTest>& RegisteredExports() {
     static std::vector<ExportUnderTest> exports;
     return exports;
@@ -32,6 +31,17 @@ void AddVariants(ExportUnderTest& e, const KernelQuadLevels& quads, RequestStyle
     }
 }
 
+void AddPairModes(ExportUnderTest& e, const std::array<const KernelFunction*, kLevelCount>& table,
+                  std::vector<int32_t> modes, std::function<void(const Request&, int32_t mode)> reference) {
+    e.pair_modes = modes;
+    for (int32_t mode : modes) {
+        KernelUnderTest k{"mode" + std::to_string(mode), {}, {.pair_mode = mode},
+                          [reference, mode](const Request& r) { reference(r, mode); }};
+        for (size_t level = 0; level < kLevelCount; ++level) k.at_level[level] = table[level][4 * mode];
+        e.kernels.push_back(std::move(k));
+    }
+}
+
 namespace {
 
 // Source bytes where rounding, the clamps, 16-bit saturation and its
@@ -40,7 +50,7 @@ void FillWithEdgeValues(Rng& rng, GuardedPlane& plane) {
     static const std::vector<uint8_t> kEdges = {0,   1,   2,   5,   15,  16,  17,  126, 127, 128,
                                                 129, 130, 234, 235, 236, 250, 253, 254, 255};
     const int percent = rng.Uniform(30, 95);
-    for (uint8_t& b : plane.bytes()) b = rng.Chance(percent) ? rng.Pick(kEdges) : rng.Byte();
+    for (uint8_t& b : plane.bytes) b = rng.Chance(percent) ? rng.Pick(kEdges) : rng.Byte();
 }
 
 uint8_t Flag(Rng& rng) { return rng.Chance(50) ? 0 : static_cast<uint8_t>(rng.Uniform(1, 255)); }
@@ -147,7 +157,7 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
             shape.residue = residue / static_cast<uint32_t>(step) * static_cast<uint32_t>(step);
         }
         index[i] = scene.size();
-        scene.Add(rng, shape);
+        scene.emplace_back(rng, shape);
     }
     // Planes are addressed once all are added: adding may move them.
     const bool edges = rng.Chance(50);
@@ -156,7 +166,7 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
         GuardedPlane& g = scene[index[i]];
         if (edges && !bindings[i].destination) FillWithEdgeValues(rng, g);
         plane = g.first_line();
-        stride = g.stride();
+        stride = g.shape.pitch;
         skip = g.Skip(consumed * bindings[i].plane->bytes_per_pixel);
     };
     bind(0, r.src_plane, r.src_stride, r.src_skip);
@@ -168,12 +178,12 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
         GuardedPlane& src = scene[index[0]];
         GuardedPlane& dst = scene[index[2]];
         const int32_t pairs_bytes = (width & ~1) * e.dst.bytes_per_pixel;
-        const int32_t direction = src.shape().bottom_up ? -1 : 1;
+        const int32_t direction = src.shape.bottom_up ? -1 : 1;
         const int32_t extra = loose ? rng.Uniform(0, 8) : 0;
         if (reduce > 1) {
             // The source's lines advance from their starts by whole strides
             // and the skip, whose sign gives the direction.
-            r.src_skip = src.shape().bottom_up ? -1 - extra : extra;
+            r.src_skip = src.shape.bottom_up ? -1 - extra : extra;
             r.dst_skip = dst.Skip(pairs_bytes);
         } else {
             // Doubling: a source line start advances by the skip; the two
@@ -183,7 +193,7 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
             r.dst_height = e.dst.chroma_plane ? 2 * height : height;
             if (loose) r.dst_skip = rng.Uniform(-64, 64);
         }
-        if (e.src.chroma_plane) r.src_height = src.shape().lines;
+        if (e.src.chroma_plane) r.src_height = src.shape.lines;
     }
     return r;
 }

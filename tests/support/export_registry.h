@@ -119,30 +119,22 @@ struct KernelQuadLevels {
 void AddVariants(ExportUnderTest& e, const KernelQuadLevels& quads, RequestStyle aligned,
                  std::function<void(const Request&, int variant)> reference);
 
-// A family's kernel quad, or the frame column of one of its tables, at every
-// level (`at` is the family's kKernelsAt).
-template <class Kernels>
-std::array<const KernelFunction*, kLevelCount> AtLevels(const Kernels* const (&at)[kIsaLevelCount],
-                                                        KernelQuad Kernels::*quad) {
+// A family's kernel quad, or a table's frame column (the line-pair kernels
+// further on, four entries a column), at every level; `at` is the family's
+// kKernelsAt.
+inline const KernelFunction* Variants(const KernelQuad& q) { return q.variant; }
+inline const KernelFunction* Variants(const KernelTable& t) { return t.entry; }
+template <class Kernels, class Member>
+std::array<const KernelFunction*, kLevelCount> AtLevels(const Kernels* const (&at)[kIsaLevelCount], Member Kernels::*m) {
     std::array<const KernelFunction*, kLevelCount> quads{};
-    for (size_t level = 0; level < kLevelCount; ++level) quads[level] = (at[level]->*quad).variant;
+    for (size_t level = 0; level < kLevelCount; ++level) quads[level] = Variants(at[level]->*m);
     return quads;
 }
-template <class Kernels>
-std::array<const KernelFunction*, kLevelCount> AtLevels(const Kernels* const (&at)[kIsaLevelCount],
-                                                        KernelTable Kernels::*table) {
-    std::array<const KernelFunction*, kLevelCount> quads{};
-    for (size_t level = 0; level < kLevelCount; ++level) quads[level] = (at[level]->*table).entry;
-    return quads;
-}
-// The pair-mode kernel of a table's column `vertical_mode` at every level.
-template <class Kernels>
-std::array<KernelFunction, kLevelCount> PairModeAtLevels(const Kernels* const (&at)[kIsaLevelCount],
-                                                         KernelTable Kernels::*table, int32_t vertical_mode) {
-    std::array<KernelFunction, kLevelCount> kernels{};
-    for (size_t level = 0; level < kLevelCount; ++level) kernels[level] = (at[level]->*table).entry[4 * vertical_mode];
-    return kernels;
-}
+
+// One kernel per line-pair mode of a table (from AtLevels), each on requests
+// in its mode; `reference(r, mode)`.
+void AddPairModes(ExportUnderTest& e, const std::array<const KernelFunction*, kLevelCount>& table,
+                  std::vector<int32_t> modes, std::function<void(const Request&, int32_t mode)> reference);
 
 // A random request for `e` within the documented envelope: random flags,
 // matrices, ranges, alpha values and unread fields; planes at random allowed

@@ -32,8 +32,13 @@ uint32_t Rng::AlphaValue() {
     static const uint32_t kSpecial[] = {0u, 1u, 0x80u, 0xFFu, 0x100u, 0x1FFu, 0x7FFFu, 0x8000u, 0xFFFFu,
                                         0x00FF00FFu, 0x12345u, 0xFFFFFFFFu, 0x80000080u, 0x00800080u};
     if (Chance(40)) return kSpecial[Uniform(0, static_cast<int32_t>(std::size(kSpecial)) - 1)];
-    return Next();
+    return static_cast<uint32_t>(Draw());
 }
+
+AlignedBytes::AlignedBytes(size_t n)
+    : bytes_(new (std::align_val_t{64}) uint8_t[n + 64](),
+             [](uint8_t* p) { ::operator delete[](p, std::align_val_t{64}); }),
+      size_(n) {}
 
 #if !defined(_WIN32)
 bool GuardPagesAvailable() { return true; }
@@ -47,60 +52,42 @@ AlignedBytes AlignedBytes::BetweenGuardPages(size_t n) {
     mprotect(base, page, PROT_NONE);
     mprotect(base + page + inner, page, PROT_NONE);
     AlignedBytes b;
-    b.mapping_ = base + page;
-    b.mapping_bytes_ = inner + 2 * page;
+    b.bytes_.reset(base + page, [=](uint8_t* p) { munmap(p - page, inner + 2 * page); });
     b.size_ = inner;
     return b;
-}
-
-AlignedBytes::~AlignedBytes() {
-    if (mapping_) munmap(mapping_ - (mapping_bytes_ - size_) / 2, mapping_bytes_);
 }
 #else
 bool GuardPagesAvailable() { return false; }
 AlignedBytes AlignedBytes::BetweenGuardPages(size_t n) { return AlignedBytes(n); }
-AlignedBytes::~AlignedBytes() = default;
 #endif
 
 namespace {
 constexpr int64_t kGuard = 96;
 
-// The bytes a plane's lines span, relative to its first line: top-down lines
-// go up in memory, bottom-up ones down, and the extra lines (a chroma
-// plane) follow `lines` lines after the first.
-void LineSpan(const PlaneShape& s, int64_t* low, int64_t* high) {
+// The bytes a plane's lines span, as (low, high) relative to its first
+// line: top-down lines go up in memory, bottom-up ones down, and the extra
+// lines (a chroma plane) follow `lines` lines after the first.
+std::pair<int64_t, int64_t> LineSpan(const PlaneShape& s) {
     const int64_t pitch = s.pitch, lines = s.lines, extra = s.extra_lines;
-    if (lines + extra == 0) {
-        *low = 0;
-        *high = 0;
-        return;
-    }
-    if (!s.bottom_up) {
-        *low = 0;
-        *high = (lines + extra - 1) * pitch + s.line_bytes;
-    } else {
-        *low = -(lines - 1) * pitch;
-        *high = (extra ? lines * pitch : 0) + s.line_bytes;
-        if (lines == 0) *low = 0;
-    }
+    if (lines + extra == 0) return {0, 0};
+    if (!s.bottom_up) return {0, (lines + extra - 1) * pitch + s.line_bytes};
+    return {lines == 0 ? 0 : -(lines - 1) * pitch, (extra ? lines * pitch : 0) + s.line_bytes};
 }
 }  // namespace
 
-GuardedPlane::GuardedPlane(Rng& rng, const PlaneShape& shape) : shape_(shape) {
+GuardedPlane::GuardedPlane(Rng& rng, const PlaneShape& plane_shape) : shape(plane_shape) {
     if (shape.guard_page != GuardPage::kNone && GuardPagesAvailable()) {
-        int64_t low = 0, high = 0;
-        LineSpan(shape, &low, &high);
-        const size_t span = static_cast<size_t>(high - low);
-        bytes_ = AlignedBytes::BetweenGuardPages(span + 64);
-        for (uint8_t& b : bytes_) b = rng.Byte();
+        const auto [low, high] = LineSpan(shape);
+        bytes = AlignedBytes::BetweenGuardPages(static_cast<size_t>(high - low) + 64);
+        for (uint8_t& b : bytes) b = rng.Byte();
         const size_t align = shape.alignment ? shape.alignment : 1;
         if (shape.guard_page == GuardPage::kBeforeStart) {
             // The lowest byte of the span on the page boundary, rounded up to
             // the line alignment.
-            first_ = (static_cast<size_t>(-low) + align - 1) / align * align;
+            first = (static_cast<size_t>(-low) + align - 1) / align * align;
         } else {
             // The span's end on the boundary, rounded down to the alignment.
-            first_ = (bytes_.size() - static_cast<size_t>(high)) / align * align;
+            first = (bytes.size() - static_cast<size_t>(high)) / align * align;
         }
         return;
     }
@@ -111,25 +98,23 @@ GuardedPlane::GuardedPlane(Rng& rng, const PlaneShape& shape) : shape_(shape) {
     const int64_t below = shape.bottom_up ? pitch * (shape.lines + 1) : pitch;
     const int64_t above = pitch * (total_lines + 1) + shape.line_bytes;
     const size_t size = static_cast<size_t>(kGuard + below + above + kGuard + 128);
-    bytes_.resize(size);
-    for (uint8_t& b : bytes_) b = rng.Byte();
-    size_t first = static_cast<size_t>(kGuard + below);
-    first_ = (first & ~size_t{63}) + 64 + (shape.residue & 63u);
+    bytes = AlignedBytes(size);
+    for (uint8_t& b : bytes) b = rng.Byte();
+    first = (static_cast<size_t>(kGuard + below) & ~size_t{63}) + 64 + (shape.residue & 63u);
 }
 
-const uint8_t* Scene::Rebase(const uint8_t* p, Scene& other) const {
-    if (p == nullptr) return nullptr;
-    for (size_t i = 0; i < planes_.size(); ++i)
-        if (planes_[i].Contains(p)) return other.planes_[i].At(planes_[i].OffsetOf(p));
-    return p;  // not a picture pointer (or a pointer the conversion must not use)
-}
-
-Request Scene::Rebase(const Request& r, Scene& other) const {
+Request Rebase(const Request& r, const Scene& scene, Scene& clone) {
+    auto move = [&](const uint8_t* p) {
+        for (size_t i = 0; p != nullptr && i < scene.size(); ++i)
+            if (p >= scene[i].bytes.begin() && p < scene[i].bytes.end())
+                return clone[i].bytes.data() + (p - scene[i].bytes.data());
+        return const_cast<uint8_t*>(p);  // not a picture pointer (or one the conversion must not use)
+    };
     Request out = r;
-    out.src_plane = Rebase(r.src_plane, other);
-    out.src_alpha_plane = Rebase(r.src_alpha_plane, other);
-    out.dst_plane = const_cast<uint8_t*>(Rebase(r.dst_plane, other));
-    out.dst_alpha_plane = const_cast<uint8_t*>(Rebase(r.dst_alpha_plane, other));
+    out.src_plane = move(r.src_plane);
+    out.src_alpha_plane = move(r.src_alpha_plane);
+    out.dst_plane = move(r.dst_plane);
+    out.dst_alpha_plane = move(r.dst_alpha_plane);
     return out;
 }
 
@@ -152,11 +137,11 @@ std::string Describe(const Request& r) {
 
 ::testing::AssertionResult SameBytes(const Scene& got, const Scene& want) {
     for (size_t i = 0; i < got.size(); ++i) {
-        const auto& g = got.planes()[i].bytes();
-        const auto& w = want.planes()[i].bytes();
+        const AlignedBytes& g = got[i].bytes;
+        const AlignedBytes& w = want[i].bytes;
         for (size_t j = 0; j < g.size(); ++j) {
             if (g[j] == w[j]) continue;
-            const ptrdiff_t rel = static_cast<ptrdiff_t>(j) - static_cast<ptrdiff_t>(got.planes()[i].first_offset());
+            const ptrdiff_t rel = static_cast<ptrdiff_t>(j) - static_cast<ptrdiff_t>(got[i].first);
             return ::testing::AssertionFailure()
                    << "plane " << i << ": byte at first_line" << (rel >= 0 ? "+" : "") << rel << " is "
                    << int(g[j]) << ", expected " << int(w[j]);

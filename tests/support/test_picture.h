@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -28,7 +29,6 @@ public:
     // Choices drawn from `script` first (a fuzzer's input), then from a
     // generator seeded by it; picture bytes always come from the generator.
     Rng(const uint8_t* script, size_t size);
-    uint32_t Next() { return static_cast<uint32_t>(Draw()); }
     // Uniform in [lo, hi].
     int32_t Uniform(int32_t lo, int32_t hi) {
         return lo + static_cast<int32_t>(Draw() % static_cast<uint64_t>(static_cast<int64_t>(hi) - lo + 1));
@@ -78,90 +78,46 @@ struct PlaneShape {
 // that a clone keeps every address residue of the original.
 class AlignedBytes {
 public:
-    AlignedBytes() = default;
-    explicit AlignedBytes(size_t n) { resize(n); }
+    explicit AlignedBytes(size_t n = 0);  // zeroed, and 64 zero bytes after them
     // Bytes between two inaccessible pages (where the system offers them):
     // data() is page-aligned and data() + size() is the start of a page.
     static AlignedBytes BetweenGuardPages(size_t n);
-    ~AlignedBytes();
-    AlignedBytes(const AlignedBytes& o) : AlignedBytes(o.size_) { std::copy(o.data(), o.data() + size_, data()); }
-    AlignedBytes& operator=(const AlignedBytes& o) {
-        if (this != &o) { resize(o.size_); std::copy(o.data(), o.data() + size_, data()); }
-        return *this;
-    }
-    AlignedBytes(AlignedBytes&& o) noexcept { *this = std::move(o); }
-    AlignedBytes& operator=(AlignedBytes&& o) noexcept {
-        std::swap(storage_, o.storage_);
-        std::swap(base_, o.base_);
-        std::swap(size_, o.size_);
-        std::swap(mapping_, o.mapping_);
-        std::swap(mapping_bytes_, o.mapping_bytes_);
-        return *this;
-    }
-    void resize(size_t n) {
-        size_ = n;
-        storage_.assign(n + 64, 0);
-        base_ = (64 - (reinterpret_cast<uintptr_t>(storage_.data()) & 63u)) & 63u;
-    }
-    uint8_t* data() { return mapping_ ? mapping_ : storage_.data() + base_; }
-    const uint8_t* data() const { return mapping_ ? mapping_ : storage_.data() + base_; }
+    AlignedBytes(const AlignedBytes& o) : AlignedBytes(o.size_) { std::copy_n(o.data(), size_, data()); }
+    AlignedBytes& operator=(const AlignedBytes& o) { return *this = AlignedBytes(o); }
+    AlignedBytes(AlignedBytes&&) noexcept = default;
+    AlignedBytes& operator=(AlignedBytes&&) noexcept = default;
+    uint8_t* data() const { return bytes_.get(); }
     size_t size() const { return size_; }
-    uint8_t& operator[](size_t i) { return data()[i]; }
-    const uint8_t& operator[](size_t i) const { return data()[i]; }
-    uint8_t* begin() { return data(); }
-    uint8_t* end() { return data() + size_; }
+    uint8_t& operator[](size_t i) const { return data()[i]; }
+    uint8_t* begin() const { return data(); }
+    uint8_t* end() const { return data() + size_; }
 
 private:
-    std::vector<uint8_t> storage_;
-    size_t base_ = 0;
+    std::shared_ptr<uint8_t> bytes_;  // released by whatever allocated it
     size_t size_ = 0;
-    uint8_t* mapping_ = nullptr;  // page-guarded memory, when used
-    size_t mapping_bytes_ = 0;
 };
 
 // Whether this system can place planes against inaccessible pages.
 bool GuardPagesAvailable();
 
-class GuardedPlane {
-public:
+// A plane's bytes, guard room included, and where its first line starts.
+struct GuardedPlane {
     GuardedPlane(Rng& rng, const PlaneShape& shape);
-    uint8_t* first_line() { return bytes_.data() + first_; }
-    const uint8_t* first_line() const { return bytes_.data() + first_; }
-    const PlaneShape& shape() const { return shape_; }
-    // The request's stride and the skip that follows `consumed` bytes a line.
-    int32_t stride() const { return shape_.pitch; }
-    int32_t Skip(int32_t consumed) const { return (shape_.bottom_up ? -shape_.pitch : shape_.pitch) - consumed; }
-    bool Contains(const uint8_t* p) const { return p >= bytes_.data() && p < bytes_.data() + bytes_.size(); }
-    size_t OffsetOf(const uint8_t* p) const { return static_cast<size_t>(p - bytes_.data()); }
-    uint8_t* At(size_t offset) { return bytes_.data() + offset; }
-    const AlignedBytes& bytes() const { return bytes_; }
-    AlignedBytes& bytes() { return bytes_; }
-    size_t first_offset() const { return first_; }
+    uint8_t* first_line() const { return bytes.data() + first; }
+    // The skip that follows `consumed` bytes a line.
+    int32_t Skip(int32_t consumed) const { return (shape.bottom_up ? -shape.pitch : shape.pitch) - consumed; }
 
-private:
-    PlaneShape shape_;
-    AlignedBytes bytes_;
-    size_t first_ = 0;
+    PlaneShape shape;
+    AlignedBytes bytes;
+    size_t first = 0;
 };
 
-// The planes of one conversion, in any order.
-class Scene {
-public:
-    GuardedPlane& Add(Rng& rng, const PlaneShape& shape) {
-        planes_.emplace_back(rng, shape);
-        return planes_.back();
-    }
-    GuardedPlane& operator[](size_t i) { return planes_[i]; }
-    size_t size() const { return planes_.size(); }
-    const std::vector<GuardedPlane>& planes() const { return planes_; }
-    // The same request with its plane pointers moved into `other`, a clone
-    // of this scene.
-    Request Rebase(const Request& r, Scene& other) const;
-    const uint8_t* Rebase(const uint8_t* p, Scene& other) const;
+// The planes of one conversion, in any order; a copy is a clone at the same
+// address residues.
+using Scene = std::vector<GuardedPlane>;
 
-private:
-    std::vector<GuardedPlane> planes_;
-};
+// The same request with its plane pointers moved from `scene` into `clone`.
+Request Rebase(const Request& r, const Scene& scene, Scene& clone);
 
 std::string Describe(const Request& r);
 
@@ -174,7 +130,7 @@ std::string Describe(const Request& r);
 template <class Convert, class Reference>
 ::testing::AssertionResult Differential(Scene& scene, const Request& r, Convert&& convert, Reference&& reference) {
     Scene expected = scene;
-    const Request rebased = scene.Rebase(r, expected);
+    const Request rebased = Rebase(r, scene, expected);
     reference(rebased);
     convert(r);
     ::testing::AssertionResult same = SameBytes(scene, expected);

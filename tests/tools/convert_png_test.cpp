@@ -110,29 +110,26 @@ Bytes WriteCase(const PngCase& c, const std::string& path) {
     }
     png_write_info(png, info);
     if (c.depth < 8) png_set_packing(png);  // one sample a byte in the rows below
+    // Every row alike: pixel i's samples, big-endian at 16 bits.
     const int bytes = c.depth == 16 ? 2 : 1;
-    std::vector<Bytes> rows(kHeight, Bytes(static_cast<size_t>(kWidth * n * bytes)));
-    std::vector<png_bytep> pointers;
-    for (Bytes& row : rows) {
-        for (int i = 0; i < kWidth; ++i)
-            for (int ch = 0; ch < n; ++ch) {
-                const unsigned s = Sample(i, ch, c.depth);
-                uint8_t* at = &row[static_cast<size_t>((i * n + ch) * bytes)];
-                if (bytes == 2) at[0] = static_cast<uint8_t>(s >> 8), at[1] = static_cast<uint8_t>(s);
-                else at[0] = static_cast<uint8_t>(s);
-            }
-        pointers.push_back(row.data());
-    }
+    Bytes row(static_cast<size_t>(kWidth * n * bytes));
+    for (int i = 0; i < kWidth; ++i)
+        for (int ch = 0; ch < n; ++ch) {
+            const unsigned s = Sample(i, ch, c.depth);
+            uint8_t* at = &row[static_cast<size_t>((i * n + ch) * bytes)];
+            if (bytes == 2) at[0] = static_cast<uint8_t>(s >> 8), at[1] = static_cast<uint8_t>(s);
+            else at[0] = static_cast<uint8_t>(s);
+        }
+    std::vector<png_bytep> pointers(kHeight, row.data());
     png_write_image(png, pointers.data());
     png_write_end(png, nullptr);
     png_destroy_write_struct(&png, &info);
     std::fclose(file);
     Bytes expected;
-    for (int y = 0; y < kHeight; ++y)
-        for (int i = 0; i < kWidth; ++i) {
-            const Bytes px = Expected(c, i, palette, palette_alpha);
-            expected.insert(expected.end(), px.begin(), px.end());
-        }
+    for (int i = 0; i < kHeight * kWidth; ++i) {
+        const Bytes px = Expected(c, i % kWidth, palette, palette_alpha);
+        expected.insert(expected.end(), px.begin(), px.end());
+    }
     return expected;
 }
 
