@@ -41,7 +41,7 @@ TEST(Levels, TheExportsRunTheCappedProcessorLevel) {
 // SSE2 kernel's.
 TEST(Levels, OverlappingSplitPlanesKeepTheBlockOrder) {
     const int32_t width = 64;
-    for (int32_t dst_stride : {0, 16, 32, 48}) {
+    for (int32_t dst_stride : {0, 16, 32, 48, 56}) {
         for (int variant : {0, 2}) {
             std::vector<uint8_t> src(2 * width);
             for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<uint8_t>(i * 7 + 3);

@@ -139,9 +139,15 @@ struct MatrixChange : PackedLine<4> {
 template <class S>
 struct SplitToPlanar : PackedLine<4> {
     explicit SplitToPlanar(const Request& r)
-        : PackedLine(r),
-          chroma(Advance(r.dst_plane,
-                         static_cast<int32_t>(static_cast<uint32_t>(r.dst_stride) * static_cast<uint32_t>(r.dst_height)))) {}
+        : PackedLine(r), chroma(Advance(r.dst_plane, PlaneDistance(r))), planes_apart(PlanesApart(PlaneDistance(r))) {}
+    static int32_t PlaneDistance(const Request& r) {
+        return static_cast<int32_t>(static_cast<uint32_t>(r.dst_stride) * static_cast<uint32_t>(r.dst_height));
+    }
+    // A block writes 16 bytes a lane to each plane. Planes at least a whole
+    // block of the widest layer apart (64 bytes) take each plane's lanes in
+    // one store; nearer planes (a destination height of 0 puts them on top
+    // of each other) go lane by lane, luma before chroma.
+    static bool PlanesApart(int32_t distance) { return distance >= 64 || distance <= -64; }
     static constexpr int32_t kBlockUnits = 8;
     static constexpr bool kStreamEnds = false;
     void NextLine(const Request& r) {
@@ -149,9 +155,8 @@ struct SplitToPlanar : PackedLine<4> {
         chroma = Advance(chroma, r.dst_skip);
     }
     using Vector = S;
-    // Luma first, then chroma, lane by lane: where the two planes overlap (a
-    // destination height of 0), chroma is what remains, as in one block at
-    // a time.
+    // Where the planes overlap, chroma is what remains, as in one block at a
+    // time.
     template <class, class L = S>
     void Block() {
         typename L::V v[2];
@@ -160,10 +165,10 @@ struct SplitToPlanar : PackedLine<4> {
         const auto low_bytes = L::Set16(0xFF);
         const auto luma = L::PackS16ToU8(L::template Shr16<8>(a), L::template Shr16<8>(b));
         const auto cbcr = L::PackS16ToU8(L::And(a, low_bytes), L::And(b, low_bytes));
-        if constexpr (L::kActiveLanes == 1) {
+        if (planes_apart || L::kActiveLanes == 1) {
             L::template Put<CheckedStore>(dst, luma, 16);
             L::template Put<CheckedStore>(chroma, cbcr, 16);
-        } else {
+        } else if constexpr (L::kActiveLanes > 1) {
             L::template PutLanesInTurn<CheckedStore>(dst, luma, chroma, cbcr, 16);
         }
         src += 32 * L::kActiveLanes;
@@ -181,6 +186,7 @@ struct SplitToPlanar : PackedLine<4> {
         chroma += 2;
     }
     uint8_t* chroma;
+    bool planes_apart;
 };
 
 // Widening: a group is 8 pixels, 16 source bytes to 32 destination bytes;
