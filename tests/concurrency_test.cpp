@@ -57,21 +57,13 @@ ZenkConversionRequest Request(Pictures& p, uint32_t seed) {
         p.plane[1][i] = static_cast<uint8_t>(i * 13 + seed);
     }
     std::memset(p.plane[2], 0xEE, 2 * kPlaneBytes);
-    ZenkConversionRequest r{};
-    r.src_plane = p.plane[0];
-    r.src_alpha_plane = p.plane[1];
-    r.dst_plane = p.plane[2];
-    r.dst_alpha_plane = p.plane[3];
-    r.src_width = r.width = kWidth;
-    r.src_height = r.dst_height = kHeight;
-    r.src_stride = r.dst_stride = r.src_alpha_stride = r.dst_alpha_stride = kStride;
-    // Zero skips keep every line inside the planes whatever the format.
-    r.src_matrix = static_cast<int32_t>(seed & 1);
-    r.dst_matrix = 1;
-    r.full_range = 1;  // the full-range coefficient setups ask the host option
-    r.alpha_value = 0x00FF00FF;
-    r.use_streaming_stores = static_cast<uint8_t>(seed >> 1 & 1);
-    return r;
+    // Zero skips keep every line inside the planes whatever the format; the
+    // full-range coefficient setups ask the host option.
+    return {.src_plane = p.plane[0], .src_width = kWidth, .src_height = kHeight, .src_stride = kStride,
+            .src_matrix = static_cast<int32_t>(seed & 1), .src_alpha_plane = p.plane[1], .src_alpha_stride = kStride,
+            .dst_plane = p.plane[2], .width = kWidth, .dst_height = kHeight, .dst_stride = kStride, .dst_matrix = 1,
+            .dst_alpha_plane = p.plane[3], .dst_alpha_stride = kStride, .alpha_value = 0x00FF00FF, .full_range = 1,
+            .use_streaming_stores = static_cast<uint8_t>(seed >> 1 & 1)};
 }
 
 // The library once per level: a copy under another name beside the library

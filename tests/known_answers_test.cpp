@@ -38,21 +38,10 @@ std::vector<uint8_t> Convert(const Line& l) {
     alignas(16) uint8_t dst[1024];
     std::memset(dst, 0xEE, sizeof dst);
     std::copy_n(l.src.begin(), std::min(l.src.size(), sizeof src), src);
-    Request r{};
-    r.src_plane = src;
-    r.src_width = l.width;
-    r.src_height = 1;
-    r.src_stride = 256;
-    r.src_matrix = l.src_matrix;
-    r.dst_plane = dst + l.dst_offset;
-    r.width = l.width;
-    r.dst_height = l.dst_height;
-    r.dst_stride = 256;
-    r.dst_matrix = l.dst_matrix;
-    r.full_range = l.full_range;
-    r.clamp_luma = l.clamp;
-    r.alpha_value = l.alpha;
-    r.use_streaming_stores = l.streaming;
+    const Request r{.src_plane = src, .src_width = l.width, .src_height = 1, .src_stride = 256,
+                    .src_matrix = l.src_matrix, .dst_plane = dst + l.dst_offset, .width = l.width,
+                    .dst_height = l.dst_height, .dst_stride = 256, .dst_matrix = l.dst_matrix, .alpha_value = l.alpha,
+                    .full_range = l.full_range, .use_streaming_stores = l.streaming, .clamp_luma = l.clamp};
     l.convert(&r);
     return {dst + l.dst_offset, dst + l.dst_offset + 512};
 }

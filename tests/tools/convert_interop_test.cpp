@@ -65,33 +65,20 @@ Bytes ConvertDirectly(Format src, Format dst, const Settings& s, const Bytes& in
             std::copy_n(input.data() + at, in.colour.size(), in.colour.data());
             std::copy_n(input.data() + at + in.colour.size(), in.alpha.size(), in.alpha.data());
         }
-        ZenkConversionRequest r{};
-        if (src != Format::A8C) r.src_plane = in.colour.data();
-        r.src_width = s.width;
-        r.src_height = s.height;
-        r.src_stride = in.pitch;
         // Tight lines, so every skip is the pitch less a line's bytes: 0.
         // The line-pair modes advance source line starts instead: by the
         // pair step plus the skip (0), or when doubling by the skip alone (a
         // pitch).
-        r.src_skip = s.vertical_mode == 3 ? in.pitch : 0;
-        r.src_matrix = s.src_matrix;
-        r.dst_matrix = s.dst_matrix;
-        r.src_range = r.dst_range = r.full_range = s.full_range;
-        r.use_streaming_stores = s.streaming;
-        r.src_field_pair = r.dst_field_pair = s.field_pair;
-        r.src_alpha_plane = in.alpha.size() ? in.alpha.data() : nullptr;
-        r.src_alpha_stride = in.alpha_pitch;
-        r.dst_plane = out.colour.data();
-        r.width = std::min(dw, s.width);
-        r.dst_height = dh;
-        r.dst_stride = out.pitch;
-        r.dst_alpha_plane = out.alpha.size() ? out.alpha.data() : nullptr;
-        r.dst_alpha_stride = out.alpha_pitch;
-        r.alpha_value = s.alpha_value;
-        r.clamp_luma = s.clamp_luma;
-        r.scan_mode = s.scan_mode;
-        r.vertical_mode = s.vertical_mode;
+        const ZenkConversionRequest r{
+            .src_plane = src == Format::A8C ? nullptr : in.colour.data(), .src_width = s.width,
+            .src_height = s.height, .src_stride = in.pitch, .src_skip = s.vertical_mode == 3 ? in.pitch : 0,
+            .src_matrix = s.src_matrix, .src_range = s.full_range, .src_field_pair = s.field_pair,
+            .src_alpha_plane = in.alpha.size() ? in.alpha.data() : nullptr, .src_alpha_stride = in.alpha_pitch,
+            .dst_plane = out.colour.data(), .width = std::min(dw, s.width), .dst_height = dh, .dst_stride = out.pitch,
+            .dst_matrix = s.dst_matrix, .dst_range = s.full_range, .dst_field_pair = s.field_pair,
+            .dst_alpha_plane = out.alpha.size() ? out.alpha.data() : nullptr, .dst_alpha_stride = out.alpha_pitch,
+            .alpha_value = s.alpha_value, .full_range = s.full_range, .use_streaming_stores = s.streaming,
+            .clamp_luma = s.clamp_luma, .scan_mode = s.scan_mode, .vertical_mode = s.vertical_mode};
         TheLibrary().Find(src, dst)(&r);
         result.insert(result.end(), out.colour.begin(), out.colour.end());
         result.insert(result.end(), out.alpha.begin(), out.alpha.end());
@@ -129,26 +116,15 @@ TEST(ConvertInterop, EveryResolvedPairWritesWhatTheLibraryMakesOfTheInput) {
     int checked = 0;
     for (const Pair& p : AllPairs()) {
         if (!TheLibrary().Has(p.src, p.dst)) continue;
-        std::vector<Settings> runs;
-        for (int mode : p.vertical_modes) {
-            Settings s{40, 8};
-            s.vertical_mode = mode;
-            s.scan_mode = mode == 0 ? 0 : mode == 2 ? 2 : 1;
-            s.field_pair = mode == 2;
-            runs.push_back(s);
-        }
-        Settings full{40, 8}, changed{40, 8};
-        full.src_matrix = full.dst_matrix = 0;
-        full.full_range = full.streaming = true;
-        full.clamp_luma = false;
-        changed.dst_matrix = 0;
-        runs.insert(runs.end(), {full, changed});
-        for (const int32_t width : {22, 64}) {
-            Settings sliced{width, 37};
-            sliced.threads = 5;
-            sliced.alpha_value = 255;
-            runs.push_back(sliced);
-        }
+        std::vector<Settings> runs = {
+            {.width = 40, .height = 8, .src_matrix = 0, .dst_matrix = 0, .full_range = true, .streaming = true,
+             .clamp_luma = false},
+            {.width = 40, .height = 8, .dst_matrix = 0},
+            {.width = 22, .height = 37, .alpha_value = 255, .threads = 5},
+            {.width = 64, .height = 37, .alpha_value = 255, .threads = 5}};
+        for (int mode : p.vertical_modes)
+            runs.push_back({.width = 40, .height = 8, .vertical_mode = mode, .scan_mode = mode == 0 ? 0 : mode == 2 ? 2 : 1,
+                            .field_pair = mode == 2});
         for (const Settings& s : runs) {
             const std::string source = MakeSource(dir, p.src, s.width, s.height);
             std::vector<std::string> args = s.Flags();
