@@ -238,15 +238,11 @@ void ReferenceYuvExport(const ZenkConversionRequest& r, YuvExport e) {
         {{O::kSplit}, {O::kSplit}, kDestination16, {O::kSharedMatrix}, kDestination16},
         {{O::kWiden}, {O::kWiden}, kWide, {O::kWiden}, kWide},
     };
-    auto side = [](const uint8_t* plane, int32_t stride, int32_t width, uint32_t stride_unit, uint32_t width_unit) {
-        return (reinterpret_cast<uintptr_t>(plane) & 15u) == 0 && static_cast<uint32_t>(stride) % stride_unit == 0 &&
-               static_cast<uint32_t>(width) % width_unit == 0;
-    };
     auto passes = [&](Test t) {
-        if (t == kWide) return side(r.dst_plane, r.dst_stride, r.width, 32, 8);
+        if (t == kWide) return PassesAlignment(r.dst_plane, r.dst_stride, r.width, 32, 8);
         const uint32_t unit = t == kBoth32 ? 32 : 16;
-        return side(r.dst_plane, r.dst_stride, r.width, unit, 16) &&
-               (t == kDestination16 || side(r.src_plane, r.src_stride, r.src_width, unit, 16));
+        return PassesAlignment(r.dst_plane, r.dst_stride, r.width, unit, 16) &&
+               (t == kDestination16 || PassesAlignment(r.src_plane, r.src_stride, r.src_width, unit, 16));
     };
     const Choice& c = kChoices[static_cast<int>(e)];
     if (r.src_matrix != r.dst_matrix) return ReferenceYuvKernel(r, c.change, passes(c.change_test));

@@ -138,6 +138,13 @@ template <class Convert, class Reference>
     return same;
 }
 
+// The exports' alignment test of one plane, written out: 16-aligned, with a
+// pitch and a width in whole units.
+inline bool PassesAlignment(const void* plane, int32_t stride, int32_t width, uint32_t stride_unit, uint32_t width_unit) {
+    return reinterpret_cast<uintptr_t>(plane) % 16 == 0 && static_cast<uint32_t>(stride) % stride_unit == 0 &&
+           static_cast<uint32_t>(width) % width_unit == 0;
+}
+
 // Running pointers of a scalar reference, moved by signed byte counts.
 template <class T>
 inline T* Step(T* p, int64_t bytes) {
