@@ -74,7 +74,7 @@ const Bar kBars[] = {
 // arithmetic, as the differential test holds them to the same reference);
 // decoded within two of 191 and 0.
 TEST_F(KnownAnswers, SeventyFivePercentBarsInBothMatrices) {
-    for (const Bar& bar : kBars) {
+    for (const Bar& bar : kBars)
         for (int32_t matrix : {1, 0}) {
             SCOPED_TRACE(::testing::Message() << bar.name << (matrix == 1 ? " BT.601" : " BT.709"));
             const int y = matrix == 1 ? bar.y601 : bar.y709, cb = matrix == 1 ? bar.cb601 : bar.cb709,
@@ -91,7 +91,6 @@ TEST_F(KnownAnswers, SeventyFivePercentBarsInBothMatrices) {
             EXPECT_NEAR(bgra[1], bar.g ? 191 : 0, 2);
             EXPECT_NEAR(bgra[2], bar.r ? 191 : 0, 2);
         }
-    }
 }
 
 // Studio luma runs 16..235, full-range luma 0..255; full-range BT.601 with
@@ -141,8 +140,8 @@ TEST_F(KnownAnswers, ConstantAlphaWordAndDwordForms) {
     };
     const Row rows[] = {
         {0x000000FF, 255, 255, 0}, {0x12345, 255, 255, 1}, {0xFFFF, 0, 0, 0}, {0x7FFF0080, 0x80, 0x80, 255}};
-    for (const Row& row : rows) {
-        for (uint32_t offset : {0u, 8u}) {
+    for (const Row& row : rows)
+        for (uint32_t offset : {0u, 8u})
             for (uint8_t streaming : {0, 1}) {
                 const std::vector<uint8_t> out =
                     Convert({.convert = ZENK_SSE2_YUYV16I_BGR32I_EX, .src = std::vector<uint8_t>(64, 128), .width = 16,
@@ -153,8 +152,6 @@ TEST_F(KnownAnswers, ConstantAlphaWordAndDwordForms) {
                 EXPECT_EQ(out[3], word ? row.word : row.even);
                 EXPECT_EQ(out[7], word ? row.word : row.odd);
             }
-        }
-    }
 }
 
 // The RGB repacking and alpha-plane family truncates the constant alpha to
@@ -195,7 +192,7 @@ TEST_F(KnownAnswers, Bgr24SinglePairReadsTheNextPair) {
 // The planar luma clamp limits pixels 2 and 3 of every four only, by their
 // index in the line, through blocks and single pairs alike.
 TEST_F(KnownAnswers, PlanarLumaClampLimitsPixelsTwoAndThreeOfEveryFour) {
-    for (uint32_t offset : {0u, 6u}) {
+    for (uint32_t offset : {0u, 6u})
         for (uint8_t level : {0, 255}) {
             const std::vector<uint8_t> out =
                 Convert({ZENK_SSE2_BGR32I_Y8PUV8I_EX, std::vector<uint8_t>(4 * 34, level), 34, 0, 0, 1, 1, 0, offset});
@@ -204,7 +201,6 @@ TEST_F(KnownAnswers, PlanarLumaClampLimitsPixelsTwoAndThreeOfEveryFour) {
                 EXPECT_EQ(out[x], expected) << "x " << x << " +" << offset;
             }
         }
-    }
 }
 
 // ---- Change of standard -------------------------------------------------------------------
@@ -324,14 +320,13 @@ TEST(Heads, Bgr24HeadsReachTheFirstBoundary) {
 // Asked by the YUV-to-RGB and RGB-to-YUV conversions for full range only,
 // never by the others.
 TEST_F(KnownAnswers, HostOptionAskedForFullRangeOnly) {
-    for (auto convert : {ZENK_SSE2_UYVY16I_BGR32I_EX, ZENK_SSE2_BGR24I_Y8PUV8I_EX, ZENK_SSE2_UYVY16I_UYVY16I_EX}) {
+    for (auto convert : {ZENK_SSE2_UYVY16I_BGR32I_EX, ZENK_SSE2_BGR24I_Y8PUV8I_EX, ZENK_SSE2_UYVY16I_UYVY16I_EX})
         for (uint8_t full_range : {0, 1, 9}) {
             ZenkTestSettingsResetCounts();
             Convert({convert, std::vector<uint8_t>(64, 90), 16, 1, 0, full_range});
             const bool asks = full_range != 0 && convert != ZENK_SSE2_UYVY16I_UYVY16I_EX;
             EXPECT_EQ(ZenkTestSettingsLastOption(), asks ? 128 : -1) << int(full_range);
         }
-    }
 }
 
 }  // namespace

@@ -55,7 +55,7 @@ constexpr int32_t kDstLines = 4, kSrcLines = 16;
 constexpr int32_t kPitch = 256;  // wider than any destination line of the table
 
 TEST(PairModeLayout, LinesLandOnePitchApartFromTheHostsSkip) {
-    for (const LayoutExport& e : kExports) {
+    for (const LayoutExport& e : kExports)
         for (const LayoutRow& row : kRows) {
             SCOPED_TRACE(::testing::Message() << "export " << (&e - kExports) << ": " << row.what);
             // Source line y: (B, G, R, A), luma, or (Cb, Y, Cr, Y) by y,
@@ -108,7 +108,6 @@ TEST(PairModeLayout, LinesLandOnePitchApartFromTheHostsSkip) {
                 ASSERT_EQ(dst[i], want[i]) << "destination byte " << static_cast<ptrdiff_t>(i - first)
                                            << " from the first line's start";
         }
-    }
 }
 
 }  // namespace
