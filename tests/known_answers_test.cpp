@@ -8,7 +8,6 @@
 #include <cstring>
 #include <vector>
 
-#include "reference/yuv_to_yuv_reference.h"
 #include "rgb_alpha/rgb_alpha_kernels.h"
 #include "support/counting_host_settings.h"
 #include "support/host_option_fixture.h"
@@ -204,15 +203,6 @@ TEST_F(KnownAnswers, PlanarLumaClampLimitsPixelsTwoAndThreeOfEveryFour) {
 }
 
 // ---- Change of standard -------------------------------------------------------------------
-
-// The sets follow from the standards' Kr and Kb, in 1/16384: (dY, Cb', Cr')
-// each from (Cb, Cr).
-TEST(MatrixChangeSets, FollowFromTheStandards) {
-    const MatrixChangeModel to_709 = ReferenceMatrixChangeSet(1, 0), to_601 = ReferenceMatrixChangeSet(0, 1);
-    for (auto [set, expected] : {std::pair{to_709, std::vector<int>{-1893, -3407, 16689, 1878, 1230, 16799}},
-                                 {to_601, std::vector<int>{1627, 3141, 16218, -1813, -1187, 16112}}})
-        EXPECT_EQ((std::vector<int>{set.luma_cb, set.luma_cr, set.cb_cb, set.cb_cr, set.cr_cb, set.cr_cr}), expected);
-}
 
 // One UYVY16I pair repeated, BT.601 to BT.709, through the pair path (width
 // 2) and a group (width 16).
