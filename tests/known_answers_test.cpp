@@ -19,7 +19,7 @@ namespace {
 
 // One line through an export: a 16-aligned source (256-byte pitch) and a
 // destination `dst_offset` bytes past a 16-byte boundary, filled with 0xEE,
-// 256-byte pitch (a Y8PUV8I chroma line 256 * dst_height bytes on).
+// 256-byte pitch (a Y8PUV8I chroma line 256 bytes on).
 struct Line {
     ZenkConvertFunction convert;
     std::vector<uint8_t> src;
@@ -28,7 +28,6 @@ struct Line {
     uint8_t full_range = 0, clamp = 0;
     uint32_t alpha = 0;
     uint32_t dst_offset = 0;
-    int32_t dst_height = 1;
     uint8_t streaming = 0;
 };
 
@@ -39,7 +38,7 @@ std::vector<uint8_t> Convert(const Line& l) {
     std::copy_n(l.src.begin(), std::min(l.src.size(), sizeof src), src);
     const Request r{.src_plane = src, .src_width = l.width, .src_height = 1, .src_stride = 256,
                     .src_matrix = l.src_matrix, .dst_plane = dst + l.dst_offset, .width = l.width,
-                    .dst_height = l.dst_height, .dst_stride = 256, .dst_matrix = l.dst_matrix, .alpha_value = l.alpha,
+                    .dst_height = 1, .dst_stride = 256, .dst_matrix = l.dst_matrix, .alpha_value = l.alpha,
                     .full_range = l.full_range, .use_streaming_stores = l.streaming, .clamp_luma = l.clamp};
     l.convert(&r);
     return {dst + l.dst_offset, dst + l.dst_offset + 512};

@@ -34,10 +34,6 @@ struct PairSamples {
     int b0, g0, r0, b1, g1, r1;
 };
 
-PairSamples Samples(const uint8_t* px0, const uint8_t* px1) {
-    return {px0[0], px0[1], px0[2], px1[0], px1[1], px1[2]};
-}
-
 // One line of one picture.
 struct LineJob {
     const uint8_t* src;
@@ -95,7 +91,7 @@ public:
         }
         for (int32_t i = 0; i < pairs; ++i) {
             const uint8_t* p0 = job.src + n * 2 * i;
-            PairSamples s = Samples(p0, p0 + n);
+            PairSamples s{p0[0], p0[1], p0[2], p0[n], p0[n + 1], p0[n + 2]};
             if ((i < head || i >= tail) && k_.source == EncodeSource::kBgr24) {
                 s.r0 = p0[8];
                 s.g1 = p0[10];
@@ -112,7 +108,8 @@ public:
     void PairModeLine(const LineJob& job, int step) const {
         for (int32_t i = 0; i < std::max(r_.width, 0) / 2; ++i) {
             const uint8_t* p0 = job.src + 4 * 2 * step * i;
-            Emit(job, i, Samples(p0, p0 + 4 * step), step == 1);
+            const uint8_t* p1 = p0 + 4 * step;
+            Emit(job, i, {p0[0], p0[1], p0[2], p1[0], p1[1], p1[2]}, step == 1);
         }
     }
 

@@ -7,10 +7,6 @@ std::vector<ExportUnderTest>& RegisteredExports() {
     return exports;
 }
 
-Registration::Registration(std::vector<ExportUnderTest> exports) {
-    for (ExportUnderTest& e : exports) RegisteredExports().push_back(std::move(e));
-}
-
 ExportUnderTest Named(const char* pair, ZenkConvertFunction convert) {
     ExportUnderTest e;
     e.name = std::string("ZENK_SSE2_") + pair + "_EX";
@@ -58,7 +54,6 @@ uint8_t Flag(Rng& rng) { return rng.Chance(50) ? 0 : static_cast<uint8_t>(rng.Un
 }  // namespace
 
 Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, const RequestStyle& style) {
-    Request r{};
     // Without guard pages the planes have room for the odd requests hosts
     // make: chroma planes anywhere, skips that drift, lines off alignment.
     const bool loose = style.guard_page == GuardPage::kNone;
@@ -72,19 +67,12 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
     if (style.even_width) width &= ~1;
     // What an aligned kernel consumes of a line: whole blocks.
     const int32_t consumed = style.aligned && style.block > 0 ? width / block * block : width;
-    r.width = width;
-    r.src_width = rng.Chance(90) ? width : rng.Uniform(0, 70);
-    r.src_height = height;
-    r.alpha_value = rng.AlphaValue();
-    r.use_streaming_stores = Flag(rng);
-    r.full_range = Flag(rng);
-    r.clamp_luma = Flag(rng);
-    r.src_field_pair = Flag(rng);
     static const std::vector<int32_t> kMatrices = {0, 1, 1, 0, 2, -1, 3};
-    r.src_matrix = rng.Pick(kMatrices);
-    r.dst_matrix = rng.Pick(kMatrices);
-    r.src_range = rng.Uniform(-1, 2);
-    r.dst_range = rng.Uniform(-1, 2);
+    Request r{.src_width = rng.Chance(90) ? width : rng.Uniform(0, 70), .src_height = height,
+              .src_matrix = rng.Pick(kMatrices), .src_range = rng.Uniform(-1, 2), .src_field_pair = Flag(rng),
+              .width = width, .dst_matrix = rng.Pick(kMatrices), .dst_range = rng.Uniform(-1, 2),
+              .alpha_value = rng.AlphaValue(), .full_range = Flag(rng), .use_streaming_stores = Flag(rng),
+              .clamp_luma = Flag(rng)};
     // A line-pair mode: `reduce` source pixels and lines make one
     // destination pixel and line (vertical_mode 1 and 2), or each source
     // pixel and line is written twice (vertical_mode 3).

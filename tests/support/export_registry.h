@@ -94,17 +94,15 @@ struct ExportUnderTest {
 
 std::vector<ExportUnderTest>& RegisteredExports();
 
-struct Registration {
-    explicit Registration(std::vector<ExportUnderTest> exports);
-};
-
 // Registers one export per row of a family's table: `make(row)` describes
-// it, starting from Named(row.name, row.convert).
+// it, starting from Named(row.name, row.convert). A family keeps the
+// Registration as a namespace-scope constant, so its exports are registered
+// before main.
+using Registration = bool;
 template <class Rows, class Make>
 Registration RegisterEach(const Rows& rows, Make make) {
-    std::vector<ExportUnderTest> exports;
-    for (const auto& row : rows) exports.push_back(make(row));
-    return Registration(std::move(exports));
+    for (const auto& row : rows) RegisteredExports().push_back(make(row));
+    return true;
 }
 ExportUnderTest Named(const char* pair, ZenkConvertFunction convert);  // "BGR32I_UYVY16I" -> ZENK_SSE2_..._EX
 

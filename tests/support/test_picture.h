@@ -83,7 +83,6 @@ public:
     // data() is page-aligned and data() + size() is the start of a page.
     static AlignedBytes BetweenGuardPages(size_t n);
     AlignedBytes(const AlignedBytes& o) : AlignedBytes(o.size_) { std::copy_n(o.data(), size_, data()); }
-    AlignedBytes& operator=(const AlignedBytes& o) { return *this = AlignedBytes(o); }
     AlignedBytes(AlignedBytes&&) noexcept = default;
     AlignedBytes& operator=(AlignedBytes&&) noexcept = default;
     uint8_t* data() const { return bytes_.get(); }
