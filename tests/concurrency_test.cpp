@@ -11,12 +11,11 @@
 #include <cstring>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "support/def_names.h"
 #include "zenk_transcoder.h"
 
 namespace {
@@ -29,15 +28,8 @@ struct Export {
 // Every extended export of the library, by the names of its .def file.
 std::vector<Export> LoadExports(void* library) {
     std::vector<Export> exports;
-    std::ifstream def(ZENK_DEF_PATH);
-    const std::regex pattern("^\\s+(ZENK_SSE2_[A-Z0-9_]+_EX)\\s*$");
-    std::string line;
-    while (std::getline(def, line)) {
-        std::smatch m;
-        if (!std::regex_match(line, m, pattern)) continue;
-        auto f = reinterpret_cast<ZenkConvertFunction>(dlsym(library, m[1].str().c_str()));
-        if (f != nullptr) exports.push_back({m[1].str(), f});
-    }
+    for (const std::string& name : DefNames("^\\s+(ZENK_SSE2_[A-Z0-9_]+_EX)\\s*$"))
+        if (auto f = reinterpret_cast<ZenkConvertFunction>(dlsym(library, name.c_str()))) exports.push_back({name, f});
     return exports;
 }
 
