@@ -171,17 +171,13 @@ void ReferenceEncode(const ZenkConversionRequest& r, const EncodeKernel& k, int3
         }
         return;
     }
-    // Reduction: destination line n from source stream n % 2, step n / 2.
-    // The destination runs on from the end of each line's pairs by dst_skip.
+    // Reduction. The destination runs on from the end of each line's pairs
+    // by dst_skip.
     const int64_t line_bytes = int64_t{std::max(r.width, 0) / 2} * enc.PairBytes();
-    const int64_t k_factor = k.vertical_mode == 1 ? 2 : 4;
-    const int64_t sign = r.src_skip < 0 ? -1 : 1;
-    const int64_t second = sign * (r.src_field_pair ? 1 : k_factor) * r.src_stride;
-    const int64_t advance = r.src_skip + sign * 2 * k_factor * r.src_stride;
+    const int step = k.vertical_mode == 1 ? 2 : 4;
     for (int32_t n = 0; n < r.dst_height; ++n) {
-        const uint8_t* src = Step(r.src_plane, (n % 2 ? second : 0) + (n / 2) * advance);
         uint8_t* dst = Step(r.dst_plane, n * (line_bytes + r.dst_skip));
-        enc.PairModeLine({src, dst, enc.ChromaOf(dst), nullptr}, static_cast<int>(k_factor));
+        enc.PairModeLine({ReducedSourceLine(r, step, n), dst, enc.ChromaOf(dst), nullptr}, step);
     }
 }
 
