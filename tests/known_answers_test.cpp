@@ -26,8 +26,7 @@ struct Line {
     int32_t width;
     int32_t src_matrix = 1, dst_matrix = 1;
     uint8_t full_range = 0, clamp = 0;
-    uint32_t alpha = 0;
-    uint32_t dst_offset = 0;
+    uint32_t alpha = 0, dst_offset = 0;
     uint8_t streaming = 0;
 };
 

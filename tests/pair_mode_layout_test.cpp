@@ -17,8 +17,9 @@ namespace {
 
 struct LayoutExport {
     ZenkConvertFunction convert;
-    int src_pixel_bytes;  // luma bytes for a Y8PUV8I source, whose chroma follows its 16 lines
-    int dst_pixel_bytes;  // luma bytes for a Y8PUV8I destination
+    // Bytes a pixel (luma bytes for Y8PUV8I, whose chroma lines follow the
+    // luma lines) of the source and the destination.
+    int src_pixel_bytes, dst_pixel_bytes;
     bool dst_planar;
 };
 

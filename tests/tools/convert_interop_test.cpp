@@ -40,12 +40,11 @@ struct Settings {
         else f.insert(f.end(), {"--alpha-word", std::to_string(alpha_value)});
         if (src_matrix != dst_matrix) f.insert(f.end(), {"--src-matrix", name(src_matrix), "--dst-matrix", name(dst_matrix)});
         else if (src_matrix == 1) f.insert(f.end(), {"--matrix", "601"});  // BT.709 is the default
-        if (full_range) f.push_back("--full-range");
-        if (streaming) f.push_back("--streaming");
-        if (clamp_luma) f.push_back("--clamp-luma");
+        for (auto [on, flag] : {std::pair{full_range, "--full-range"}, {streaming, "--streaming"},
+                                {clamp_luma, "--clamp-luma"}, {field_pair, "--field-pair"}})
+            if (on) f.push_back(flag);
         if (vertical_mode) f.insert(f.end(), {"--vertical-mode", std::to_string(vertical_mode)});
         if (scan_mode) f.insert(f.end(), {"--scan-mode", std::to_string(scan_mode)});
-        if (field_pair) f.push_back("--field-pair");
         return f;
     }
 };

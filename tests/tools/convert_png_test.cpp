@@ -16,8 +16,7 @@ constexpr int kWidth = 7, kHeight = 3;  // odd, so that packed rows end inside a
 
 struct PngCase {
     const char* name;
-    int colour_type;
-    int depth;
+    int colour_type, depth;
     bool transparent = false;  // a tRNS chunk: palette alphas, or one grey or RGB key colour
     bool interlaced = false;
 };
