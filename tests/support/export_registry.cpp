@@ -99,10 +99,10 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
         r.dst_height = reduce > 1 ? rng.Uniform(0, 5) : height;
     }
 
-    const PlaneSpec* const specs[4] = {&e.src, &e.src_alpha, &e.dst, &e.dst_alpha};  // sources first
+    const PlaneSpec* const planes[4] = {&e.src, &e.src_alpha, &e.dst, &e.dst_alpha};  // sources first
     size_t index[4] = {};
     for (int i = 0; i < 4; ++i) {
-        const PlaneSpec& p = *specs[i];
+        const PlaneSpec& p = *planes[i];
         if (p.bytes_per_pixel == 0) continue;
         PlaneShape shape;
         const bool source = i < 2;
@@ -146,12 +146,12 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
     // Planes are addressed once all are added: adding may move them.
     const bool edges = rng.Chance(50);
     auto bind = [&](int i, auto& plane, int32_t& stride, int32_t& skip) {
-        if (specs[i]->bytes_per_pixel == 0) return;
+        if (planes[i]->bytes_per_pixel == 0) return;
         GuardedPlane& g = scene[index[i]];
         if (edges && i < 2) FillWithEdgeValues(rng, g);
         plane = g.first_line();
         stride = g.shape.pitch;
-        skip = g.Skip(consumed * specs[i]->bytes_per_pixel);
+        skip = g.Skip(consumed * planes[i]->bytes_per_pixel);
     };
     bind(0, r.src_plane, r.src_stride, r.src_skip);
     bind(1, r.src_alpha_plane, r.src_alpha_stride, r.src_alpha_skip);
