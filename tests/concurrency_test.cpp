@@ -11,12 +11,11 @@
 #include <cstring>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "support/def_names.h"
 #include "zenk_transcoder.h"
 
 namespace {
@@ -29,15 +28,8 @@ struct Export {
 // Every extended export of the library, by the names of its .def file.
 std::vector<Export> LoadExports(void* library) {
     std::vector<Export> exports;
-    std::ifstream def(ZENK_DEF_PATH);
-    const std::regex pattern("^\\s+(ZENK_SSE2_[A-Z0-9_]+_EX)\\s*$");
-    std::string line;
-    while (std::getline(def, line)) {
-        std::smatch m;
-        if (!std::regex_match(line, m, pattern)) continue;
-        auto f = reinterpret_cast<ZenkConvertFunction>(dlsym(library, m[1].str().c_str()));
-        if (f != nullptr) exports.push_back({m[1].str(), f});
-    }
+    for (const std::string& name : DefNames("^\\s+(ZENK_SSE2_[A-Z0-9_]+_EX)\\s*$"))
+        if (auto f = reinterpret_cast<ZenkConvertFunction>(dlsym(library, name.c_str()))) exports.push_back({name, f});
     return exports;
 }
 
@@ -57,21 +49,13 @@ ZenkConversionRequest Request(Pictures& p, uint32_t seed) {
         p.plane[1][i] = static_cast<uint8_t>(i * 13 + seed);
     }
     std::memset(p.plane[2], 0xEE, 2 * kPlaneBytes);
-    ZenkConversionRequest r{};
-    r.src_plane = p.plane[0];
-    r.src_alpha_plane = p.plane[1];
-    r.dst_plane = p.plane[2];
-    r.dst_alpha_plane = p.plane[3];
-    r.src_width = r.width = kWidth;
-    r.src_height = r.dst_height = kHeight;
-    r.src_stride = r.dst_stride = r.src_alpha_stride = r.dst_alpha_stride = kStride;
-    // Zero skips keep every line inside the planes whatever the format.
-    r.src_matrix = static_cast<int32_t>(seed & 1);
-    r.dst_matrix = 1;
-    r.full_range = 1;  // the full-range coefficient setups ask the host option
-    r.alpha_value = 0x00FF00FF;
-    r.use_streaming_stores = static_cast<uint8_t>(seed >> 1 & 1);
-    return r;
+    // Zero skips keep every line inside the planes whatever the format; the
+    // full-range coefficient setups ask the host option.
+    return {.src_plane = p.plane[0], .src_width = kWidth, .src_height = kHeight, .src_stride = kStride,
+            .src_matrix = static_cast<int32_t>(seed & 1), .src_alpha_plane = p.plane[1], .src_alpha_stride = kStride,
+            .dst_plane = p.plane[2], .width = kWidth, .dst_height = kHeight, .dst_stride = kStride, .dst_matrix = 1,
+            .dst_alpha_plane = p.plane[3], .dst_alpha_stride = kStride, .alpha_value = 0x00FF00FF, .full_range = 1,
+            .use_streaming_stores = static_cast<uint8_t>(seed >> 1 & 1)};
 }
 
 // The library once per level: a copy under another name beside the library

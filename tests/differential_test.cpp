@@ -42,13 +42,8 @@ protected:
         static const char* only = std::getenv("ZENK_TEST_CASE");
         if (only != nullptr && *only != '\0' && id != only) return;
         Rng rng(std::hash<std::string>{}(id));
-        RequestStyle drawn;
-        if (style != nullptr) {
-            drawn = *style;
-        } else {
-            drawn.aligned = rng.Chance(40);
-            drawn.pair_mode = rng.Chance(30) ? kAnyPairMode : 0;
-        }
+        const RequestStyle drawn =
+            style ? *style : RequestStyle{.aligned = rng.Chance(40), .pair_mode = rng.Chance(30) ? kAnyPairMode : 0};
         AnswerAtRandom(rng);
         Scene scene;
         const Request r = BuildGenericRequest(rng, scene, export_(), drawn);
@@ -65,18 +60,17 @@ protected:
 
 TEST_P(Differential, KernelsAndExportMatchReference) {
     const ExportUnderTest& e = export_();
-    for (const KernelUnderTest& k : e.kernels) {
+    for (const KernelUnderTest& k : e.kernels)
         for (size_t level = 0; level < kLevelCount; ++level) {
-            if (!LevelAvailable(kLevels[level])) {
+            if (kLevels[level] > ProcessorIsaLevel()) {
                 std::printf("%s: %s kernels not run, the processor lacks %s\n", e.name.c_str(), k.name.c_str(),
-                            LevelName(kLevels[level]));
+                            IsaLevelName(kLevels[level]));
                 continue;
             }
-            const std::string what = e.name + ":" + k.name + ":" + LevelName(kLevels[level]);
+            const std::string what = e.name + ":" + k.name + ":" + IsaLevelName(kLevels[level]);
             for (int i = 0; i < kKernelCases && failures_ < 3; ++i)
                 RunCase(what, i, &k.style, [&](const Request& r) { k.at_level[level](&r); }, k.reference);
         }
-    }
     for (int i = 0; i < kExportCases && failures_ < 3; ++i)
         RunCase(e.name + ":export:-", i, nullptr, [&](const Request& r) { e.convert(&r); }, e.reference);
 }

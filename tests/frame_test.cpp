@@ -58,18 +58,15 @@ TEST_F(PlainEntryPoints, ConvertNothingAndAskTheHostForRangeOneOnly) {
 // A 1080-line picture reduced to 540 lines; every plane and skip set apart
 // so that a field taken from the wrong one shows.
 Request PairRequest(int scan_mode, int vertical_mode, uint8_t field_pair, int32_t skip) {
-    Request r{.src_plane = g_aligned, .src_height = 1080, .src_stride = 1920, .src_skip = skip,
-              .src_field_pair = field_pair, .src_alpha_plane = g_aligned + 32, .src_alpha_stride = 480,
-              .src_alpha_skip = 11, .dst_plane = g_aligned + 16, .dst_height = 540, .dst_skip = 22,
-              .dst_alpha_plane = g_aligned + 48, .dst_alpha_skip = 33, .scan_mode = scan_mode,
-              .vertical_mode = vertical_mode};
-    return r;
+    return {.src_plane = g_aligned, .src_height = 1080, .src_stride = 1920, .src_skip = skip,
+            .src_field_pair = field_pair, .src_alpha_plane = g_aligned + 32, .src_alpha_stride = 480,
+            .src_alpha_skip = 11, .dst_plane = g_aligned + 16, .dst_height = 540, .dst_skip = 22,
+            .dst_alpha_plane = g_aligned + 48, .dst_alpha_skip = 33, .scan_mode = scan_mode,
+            .vertical_mode = vertical_mode};
 }
 
-ptrdiff_t From(const uint8_t* base, const uint8_t* p) { return p - base; }
-
 TEST(ComputeLineAddresses, PairModesTable) {
-    struct Row {
+    const struct {
         int scan_mode, vertical_mode;
         uint8_t field_pair;
         int32_t skip;
@@ -77,23 +74,22 @@ TEST(ComputeLineAddresses, PairModesTable) {
         int32_t advance;
         ptrdiff_t second_alpha_line;
         int32_t alpha_advance;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {1, 1, 0, 0, 3840, 7680, 960, 11 + 1920},          // every second line
         {1, 1, 1, 0, 1920, 7680, 480, 11 + 1920},          // fields: neighbouring lines
         {1, 1, 0, -3840, -3840, -3840 - 7680, -960, 11 - 1920},  // bottom-up: upward
         {2, 2, 0, 0, 4 * 1920, 8 * 1920, 4 * 480, 11 + 8 * 480}, // factor 4
         {2, 2, 1, 0, 1920, 8 * 1920, 480, 11 + 8 * 480},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const Request r = PairRequest(row.scan_mode, row.vertical_mode, row.field_pair, row.skip);
         const LineAddressSet set = PairModeLines(&r);
         SCOPED_TRACE(::testing::Message() << "vertical_mode " << row.vertical_mode << " field_pair "
                                           << int(row.field_pair) << " skip " << row.skip);
         EXPECT_EQ(set.src_line_a, r.src_plane);
-        EXPECT_EQ(From(r.src_plane, set.src_line_b), row.second_line);
+        EXPECT_EQ(set.src_line_b - r.src_plane, row.second_line);
         EXPECT_EQ(set.src_advance, row.advance);
-        EXPECT_EQ(From(r.src_alpha_plane, set.src_alpha_line_b), row.second_alpha_line);
+        EXPECT_EQ(set.src_alpha_line_b - r.src_alpha_plane, row.second_alpha_line);
         EXPECT_EQ(set.src_alpha_advance, row.alpha_advance);
         EXPECT_EQ(set.dst_line, r.dst_plane);
         EXPECT_EQ(set.dst_advance, 22);

@@ -3,10 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <regex>
-#include <string>
 
+#include "support/def_names.h"
 #include "zenk_transcoder.h"
 
 #if defined(_WIN32)
@@ -63,17 +61,9 @@ TEST(ModuleLoad, LoadsConvertsAndResolvesEveryExportByName) {
     for (int i = 0; i < 40; ++i) EXPECT_EQ(plane[i], 0xFF);
     for (int i = 40; i < 64; ++i) EXPECT_EQ(plane[i], 0);
 
-    std::ifstream def(ZENK_DEF_PATH);
-    ASSERT_TRUE(def.good());
-    const std::regex name("^\\s+(ZENK_SSE2_[A-Z0-9_]+)\\s*$");
-    int names = 0;
-    std::smatch m;
-    for (std::string line; std::getline(def, line);) {
-        if (!std::regex_match(line, m, name)) continue;
-        ++names;
-        EXPECT_NE(Symbol(library, m[1].str().c_str()), nullptr) << m[1];
-    }
-    EXPECT_GT(names, 0);
+    const std::vector<std::string> names = DefNames("^\\s+(ZENK_SSE2_[A-Z0-9_]+)\\s*$");
+    EXPECT_FALSE(names.empty());
+    for (const std::string& name : names) EXPECT_NE(Symbol(library, name.c_str()), nullptr) << name;
     Unload(library);
 }
 

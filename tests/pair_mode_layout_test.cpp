@@ -17,8 +17,9 @@ namespace {
 
 struct LayoutExport {
     ZenkConvertFunction convert;
-    int src_pixel_bytes;  // luma bytes for a Y8PUV8I source, whose chroma follows its 16 lines
-    int dst_pixel_bytes;  // luma bytes for a Y8PUV8I destination
+    // Bytes a pixel (luma bytes for Y8PUV8I, whose chroma lines follow the
+    // luma lines) of the source and the destination.
+    int src_pixel_bytes, dst_pixel_bytes;
     bool dst_planar;
 };
 
@@ -55,7 +56,7 @@ constexpr int32_t kDstLines = 4, kSrcLines = 16;
 constexpr int32_t kPitch = 256;  // wider than any destination line of the table
 
 TEST(PairModeLayout, LinesLandOnePitchApartFromTheHostsSkip) {
-    for (const LayoutExport& e : kExports) {
+    for (const LayoutExport& e : kExports)
         for (const LayoutRow& row : kRows) {
             SCOPED_TRACE(::testing::Message() << "export " << (&e - kExports) << ": " << row.what);
             // Source line y: (B, G, R, A), luma, or (Cb, Y, Cr, Y) by y,
@@ -73,25 +74,18 @@ TEST(PairModeLayout, LinesLandOnePitchApartFromTheHostsSkip) {
                 }
             }
             // What each source line converts to: the whole source in frame mode.
-            Request r{};
-            r.dst_matrix = 1;
-            r.alpha_value = 0x00FF00FF;  // 255 on either alpha form
-            r.src_plane = src.data();
-            r.src_stride = src_pitch;
-            r.src_height = kSrcLines;
-            r.src_skip = src_pitch - (row.width & ~1) * e.src_pixel_bytes;
-            r.width = row.width;
+            const int32_t converted = (row.width & ~1) * e.dst_pixel_bytes;
             AlignedBytes frame(static_cast<size_t>(2 * kSrcLines * kPitch + 16));
-            r.dst_plane = frame.data() + row.dst_residue;
-            r.dst_stride = kPitch;
-            r.dst_skip = kPitch - (row.width & ~1) * e.dst_pixel_bytes;
-            r.dst_height = kSrcLines;
-            e.convert(&r);
+            const Request whole{.src_plane = src.data(), .src_height = kSrcLines, .src_stride = src_pitch,
+                                .src_skip = src_pitch - (row.width & ~1) * e.src_pixel_bytes,
+                                .dst_plane = frame.data() + row.dst_residue, .width = row.width,
+                                .dst_height = kSrcLines, .dst_stride = kPitch, .dst_skip = kPitch - converted,
+                                .dst_matrix = 1, .alpha_value = 0x00FF00FF};  // 255 on either alpha form
+            e.convert(&whole);
 
             // A source of no lines is a page the kernel cannot read, where
             // the system offers one.
             AlignedBytes no_source = GuardPagesAvailable() ? AlignedBytes::BetweenGuardPages(4096) : AlignedBytes(64);
-            const int32_t converted = (row.width & ~1) * e.dst_pixel_bytes;
             const int32_t step = row.bottom_up ? -kPitch : kPitch;
             AlignedBytes dst(static_cast<size_t>(4 * kDstLines * kPitch));
             std::memset(dst.data(), 0xA5, dst.size());
@@ -99,27 +93,22 @@ TEST(PairModeLayout, LinesLandOnePitchApartFromTheHostsSkip) {
                                  (row.bottom_up ? static_cast<size_t>((kDstLines - 1) * kPitch) : 0);
             AlignedBytes want = dst;
             for (size_t n = 0; n < row.source_lines.size(); ++n) {
-                const uint8_t* from = r.dst_plane + row.source_lines[n] * kPitch;
+                const uint8_t* from = whole.dst_plane + row.source_lines[n] * kPitch;
                 uint8_t* at = want.data() + first + static_cast<ptrdiff_t>(n) * step;
                 std::memcpy(at, from, static_cast<size_t>(converted));
                 if (e.dst_planar) std::memcpy(at + step * kDstLines, from + kSrcLines * kPitch, converted);
             }
-            r.scan_mode = 1;
-            r.vertical_mode = row.vertical_mode;
-            r.src_field_pair = row.field_pair;
-            r.src_plane = row.src_height == 0 ? no_source.data() + no_source.size() : src.data();
-            r.src_height = row.src_height;
-            r.src_skip = 0;
-            r.dst_plane = dst.data() + first;
-            r.dst_stride = step;
-            r.dst_height = kDstLines;
-            r.dst_skip = step - converted;
-            e.convert(&r);
+            const Request pairs{.src_plane = row.src_height == 0 ? no_source.end() : src.data(),
+                                .src_height = row.src_height, .src_stride = src_pitch,
+                                .src_field_pair = row.field_pair, .dst_plane = dst.data() + first, .width = row.width,
+                                .dst_height = kDstLines, .dst_stride = step, .dst_skip = step - converted,
+                                .dst_matrix = 1, .alpha_value = 0x00FF00FF, .scan_mode = 1,
+                                .vertical_mode = row.vertical_mode};
+            e.convert(&pairs);
             for (size_t i = 0; i < want.size(); ++i)
                 ASSERT_EQ(dst[i], want[i]) << "destination byte " << static_cast<ptrdiff_t>(i - first)
                                            << " from the first line's start";
         }
-    }
 }
 
 }  // namespace

@@ -6,18 +6,12 @@
 
 int main(void) {
     unsigned char bgr[3 * 24], alpha[24], out[4 * 24];
-    ZenkConversionRequest r;
-    int i;
-    for (i = 0; i < 3 * 24; ++i) bgr[i] = (unsigned char)(i * 7);
-    for (i = 0; i < 24; ++i) alpha[i] = (unsigned char)(255 - i);
-    memset(&r, 0, sizeof r);
-    r.src_plane = bgr;
-    r.src_alpha_plane = alpha;
-    r.dst_plane = out;
-    r.width = 24;
-    r.src_height = 1;
+    ZenkConversionRequest r = {.src_plane = bgr, .src_height = 1, .src_alpha_plane = alpha,
+                               .dst_plane = out, .width = 24};
+    for (int i = 0; i < 3 * 24; ++i) bgr[i] = (unsigned char)(i * 7);
+    for (int i = 0; i < 24; ++i) alpha[i] = (unsigned char)(255 - i);
     ZENK_SSE2_BGR24IA8P_BGR32I_EX(&r);
-    for (i = 0; i < 24; ++i)
+    for (int i = 0; i < 24; ++i)
         if (memcmp(out + 4 * i, bgr + 3 * i, 3) != 0 || out[4 * i + 3] != alpha[i]) {
             printf("pixel %d differs\n", i);
             return 1;

@@ -34,10 +34,6 @@ struct PairSamples {
     int b0, g0, r0, b1, g1, r1;
 };
 
-PairSamples Samples(const uint8_t* px0, const uint8_t* px1) {
-    return {px0[0], px0[1], px0[2], px1[0], px1[1], px1[2]};
-}
-
 // One line of one picture.
 struct LineJob {
     const uint8_t* src;
@@ -95,7 +91,7 @@ public:
         }
         for (int32_t i = 0; i < pairs; ++i) {
             const uint8_t* p0 = job.src + n * 2 * i;
-            PairSamples s = Samples(p0, p0 + n);
+            PairSamples s{p0[0], p0[1], p0[2], p0[n], p0[n + 1], p0[n + 2]};
             if ((i < head || i >= tail) && k_.source == EncodeSource::kBgr24) {
                 s.r0 = p0[8];
                 s.g1 = p0[10];
@@ -112,7 +108,8 @@ public:
     void PairModeLine(const LineJob& job, int step) const {
         for (int32_t i = 0; i < std::max(r_.width, 0) / 2; ++i) {
             const uint8_t* p0 = job.src + 4 * 2 * step * i;
-            Emit(job, i, Samples(p0, p0 + 4 * step), step == 1);
+            const uint8_t* p1 = p0 + 4 * step;
+            Emit(job, i, {p0[0], p0[1], p0[2], p1[0], p1[1], p1[2]}, step == 1);
         }
     }
 
@@ -174,17 +171,13 @@ void ReferenceEncode(const ZenkConversionRequest& r, const EncodeKernel& k, int3
         }
         return;
     }
-    // Reduction: destination line n from source stream n % 2, step n / 2.
-    // The destination runs on from the end of each line's pairs by dst_skip.
+    // Reduction. The destination runs on from the end of each line's pairs
+    // by dst_skip.
     const int64_t line_bytes = int64_t{std::max(r.width, 0) / 2} * enc.PairBytes();
-    const int64_t k_factor = k.vertical_mode == 1 ? 2 : 4;
-    const int64_t sign = r.src_skip < 0 ? -1 : 1;
-    const int64_t second = sign * (r.src_field_pair ? 1 : k_factor) * r.src_stride;
-    const int64_t advance = r.src_skip + sign * 2 * k_factor * r.src_stride;
+    const int step = k.vertical_mode == 1 ? 2 : 4;
     for (int32_t n = 0; n < r.dst_height; ++n) {
-        const uint8_t* src = Step(r.src_plane, (n % 2 ? second : 0) + (n / 2) * advance);
         uint8_t* dst = Step(r.dst_plane, n * (line_bytes + r.dst_skip));
-        enc.PairModeLine({src, dst, enc.ChromaOf(dst), nullptr}, static_cast<int>(k_factor));
+        enc.PairModeLine({ReducedSourceLine(r, step, n), dst, enc.ChromaOf(dst), nullptr}, step);
     }
 }
 

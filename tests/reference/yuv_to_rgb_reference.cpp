@@ -111,15 +111,11 @@ void ReferenceYuvToRgbPairModes(const ZenkConversionRequest& r, YuvDecoding d, i
     const DecodingNumbers n(r, host_answer);
     if (r.scan_mode != 1 && r.scan_mode != 2) return;  // no line count: nothing converted
     if (r.src_height == 0) return;                       // no source lines: nothing read or written
-    const int64_t k = r.vertical_mode == 1 ? 2 : 4;
-    const int64_t direction = r.src_skip < 0 ? -1 : 1;
-    const int64_t second = direction * (r.src_field_pair ? 1 : k) * r.src_stride;
-    const int64_t advance = r.src_skip + direction * 2 * k * r.src_stride;
     const int32_t count = std::max(r.width, 0) & ~1;
     // The destination runs on from the end of each line's pixels by dst_skip.
     const int64_t line_bytes = int64_t{count} * (d.fourth == FourthByte::kNone ? 3 : 4);
     for (int32_t line = 0; line < r.dst_height; ++line) {
-        const uint8_t* src = Step(r.src_plane, (line % 2 ? second : 0) + (line / 2) * advance);
+        const uint8_t* src = ReducedSourceLine(r, r.vertical_mode == 1 ? 2 : 4, line);
         const LineSources s{src, Step(src, ChromaDistance(r)), nullptr};
         ConvertLine(r, d, n, s, Step(r.dst_plane, line * (line_bytes + r.dst_skip)), count);
     }

@@ -27,6 +27,13 @@ void Convert(const Standard& from, const Standard& to, const double in[3], doubl
     out[2] = (r - out[0]) / (2 * (1 - to.kr));
 }
 
+// A change-of-standard set in 1/16384: (dY, Cb', Cr') each from (Cb, Cr).
+struct MatrixChangeModel {
+    int luma_cb, luma_cr;  // luma correction, scaled by 219/224
+    int cb_cb, cb_cr;      // new Cb
+    int cr_cb, cr_cr;      // new Cr
+};
+
 MatrixChangeModel Derive(const Standard& from, const Standard& to) {
     int c[3][2];
     for (int column = 0; column < 2; ++column) {
@@ -69,7 +76,8 @@ struct Arithmetic {
     int low, high;
 
     Arithmetic(int32_t src_matrix, int32_t dst_matrix, bool clamp)
-        : set(ReferenceMatrixChangeSet(src_matrix, dst_matrix)), low(clamp ? 16 : 0), high(clamp ? 235 : 255) {}
+        : set(src_matrix == 1 && dst_matrix == 0 ? Derive(kBt601, kBt709) : Derive(kBt709, kBt601)),
+          low(clamp ? 16 : 0), high(clamp ? 235 : 255) {}
 
     int ClampLuma(int y) const { return std::clamp(y, low, high); }
 
@@ -134,13 +142,7 @@ void Write(YuvLayout l, uint8_t* b, const YuvPairValues& p) {
     for (int i = 0; i < 4; ++i) b[at[i]] = values[i];
 }
 
-bool IsMatrix(YuvOperation op) { return op == YuvOperation::kMatrix || op == YuvOperation::kSharedMatrix; }
-
 }  // namespace
-
-MatrixChangeModel ReferenceMatrixChangeSet(int32_t src_matrix, int32_t dst_matrix) {
-    return (src_matrix == 1 && dst_matrix == 0) ? Derive(kBt601, kBt709) : Derive(kBt709, kBt601);
-}
 
 void ReferenceYuvKernel(const ZenkConversionRequest& r, const YuvKernelModel& k, bool aligned_kernel) {
     const Arithmetic math(r.src_matrix, r.dst_matrix, r.clamp_luma != 0);
@@ -190,7 +192,7 @@ void ReferenceYuvKernel(const ZenkConversionRequest& r, const YuvKernelModel& k,
                 case YuvOperation::kSharedMatrix: values[static_cast<size_t>(i)] = Read(k.read_as, in); break;
             }
         }
-        if (IsMatrix(k.operation)) {
+        if (k.operation == YuvOperation::kMatrix || k.operation == YuvOperation::kSharedMatrix) {
             for (int32_t i = 0; i < pairs;) {
                 if (i >= group_begin && i < group_end) {
                     math.Group(&values[static_cast<size_t>(i)], k.operation == YuvOperation::kSharedMatrix);
@@ -238,15 +240,11 @@ void ReferenceYuvExport(const ZenkConversionRequest& r, YuvExport e) {
         {{O::kSplit}, {O::kSplit}, kDestination16, {O::kSharedMatrix}, kDestination16},
         {{O::kWiden}, {O::kWiden}, kWide, {O::kWiden}, kWide},
     };
-    auto side = [](const uint8_t* plane, int32_t stride, int32_t width, uint32_t stride_unit, uint32_t width_unit) {
-        return (reinterpret_cast<uintptr_t>(plane) & 15u) == 0 && static_cast<uint32_t>(stride) % stride_unit == 0 &&
-               static_cast<uint32_t>(width) % width_unit == 0;
-    };
     auto passes = [&](Test t) {
-        if (t == kWide) return side(r.dst_plane, r.dst_stride, r.width, 32, 8);
+        if (t == kWide) return PassesAlignment(r.dst_plane, r.dst_stride, r.width, 32, 8);
         const uint32_t unit = t == kBoth32 ? 32 : 16;
-        return side(r.dst_plane, r.dst_stride, r.width, unit, 16) &&
-               (t == kDestination16 || side(r.src_plane, r.src_stride, r.src_width, unit, 16));
+        return PassesAlignment(r.dst_plane, r.dst_stride, r.width, unit, 16) &&
+               (t == kDestination16 || PassesAlignment(r.src_plane, r.src_stride, r.src_width, unit, 16));
     };
     const Choice& c = kChoices[static_cast<int>(e)];
     if (r.src_matrix != r.dst_matrix) return ReferenceYuvKernel(r, c.change, passes(c.change_test));

@@ -46,14 +46,4 @@ enum class YuvExport {
 // that kernel.
 void ReferenceYuvExport(const ZenkConversionRequest& r, YuvExport e);
 
-// ---- The arithmetic --------------------------------------------------------------------------
-
-// A change-of-standard set, derived from the standards' Kr and Kb.
-struct MatrixChangeModel {
-    int luma_cb, luma_cr;  // luma correction, scaled by 219/224
-    int cb_cb, cb_cr;      // new Cb
-    int cr_cb, cr_cr;      // new Cr
-};
-MatrixChangeModel ReferenceMatrixChangeSet(int32_t src_matrix, int32_t dst_matrix);
-
 }  // namespace zenk::test

@@ -65,7 +65,7 @@ const Registration kRegistration = RegisterEach(kRows, [](const RgbRow& c) {
     e.reference = [c](const Request& r) { ExportReference(c, r); };
     if (c.quad != nullptr) {
         const RequestStyle aligned{.block = c.block, .drift_pitch = true, .source_anywhere = c.source_anywhere};
-        AddVariants(e, {"", AtLevels(kKernelsAt, c.quad)}, aligned, [c](const Request& r, int variant) {
+        AddVariants(e, "", AtLevels(kKernelsAt, c.quad), aligned, [c](const Request& r, int variant) {
             ReferenceRgbConvert(r, c.colour, variant < 2 ? c.block : 0);
         });
     }

@@ -52,11 +52,8 @@ const EncodeRow kRows[] = {
 // The alignment test of the exports, written out: BGR24 sources are read
 // at any address, so only the destination is tested.
 bool TakesAlignedKernel(const EncodeRow& c, const Request& r) {
-    auto aligned = [](const void* p) { return reinterpret_cast<uintptr_t>(p) % 16 == 0; };
-    auto multiple = [](int32_t v, uint32_t unit) { return static_cast<uint32_t>(v) % unit == 0; };
-    const bool destination = aligned(r.dst_plane) && multiple(r.dst_stride, 16) && multiple(r.width, 8);
-    if (c.source == Src::kBgr24) return destination;
-    return destination && aligned(r.src_plane) && multiple(r.src_stride, 32) && multiple(r.width, 4);
+    return PassesAlignment(r.dst_plane, r.dst_stride, r.width, 16, 8) &&
+           (c.source == Src::kBgr24 || PassesAlignment(r.src_plane, r.src_stride, r.width, 32, 4));
 }
 
 // The column (table exports), the variant the alignment test picks, the
@@ -80,7 +77,7 @@ const Registration kRegistration = RegisterEach(kRows, [](const EncodeRow& c) {
     e.reference = [c](const Request& r) { ExportReference(c, r); };
     if (c.quad != nullptr || c.table != nullptr) {
         RequestStyle aligned{.block = 8, .drift_pitch = true, .source_anywhere = c.source == Src::kBgr24};
-        AddVariants(e, {"", c.quad ? AtLevels(kKernelsAt, c.quad) : AtLevels(kKernelsAt, c.table)}, aligned, [c](const Request& r, int variant) {
+        AddVariants(e, "", c.quad ? AtLevels(kKernelsAt, c.quad) : AtLevels(kKernelsAt, c.table), aligned, [c](const Request& r, int variant) {
             ReferenceEncode(r, {c.source, c.layout, c.alpha == Alpha::kFromSource, 0, variant < 2},
                             QueryHostOption());
         });

@@ -52,12 +52,8 @@ const DecodeRow kRows[] = {
 };
 
 bool PassesTest(const DecodeRow& c, const Request& r) {
-    auto side = [&](const void* plane, int32_t stride, uint32_t stride_unit, uint32_t width_unit) {
-        return reinterpret_cast<uintptr_t>(plane) % 16 == 0 && static_cast<uint32_t>(stride) % stride_unit == 0 &&
-               static_cast<uint32_t>(r.width) % width_unit == 0;
-    };
-    return (c.src_width == 0 || side(r.src_plane, r.src_stride, c.src_stride, c.src_width)) &&
-           side(r.dst_plane, r.dst_stride, c.dst_stride, c.dst_width);
+    return (c.src_width == 0 || PassesAlignment(r.src_plane, r.src_stride, r.width, c.src_stride, c.src_width)) &&
+           PassesAlignment(r.dst_plane, r.dst_stride, r.width, c.dst_stride, c.dst_width);
 }
 
 // An export that picks an aligned kernel has a width of whole blocks, so
@@ -86,7 +82,7 @@ const Registration kRegistration = RegisterEach(kRows, [](const DecodeRow& c) {
         // unaligned by every walk; BGR32 aligned kernels need whole 16s.
         const int block = c.bgr24 ? 16 : 8;
         const RequestStyle aligned{.block = block, .drift_pitch = c.bgr24, .source_anywhere = c.src_width == 0};
-        AddVariants(e, {"", c.quad ? AtLevels(kKernelsAt, c.quad) : AtLevels(kKernelsAt, c.table)}, aligned, [c, block](const Request& r, int variant) {
+        AddVariants(e, "", c.quad ? AtLevels(kKernelsAt, c.quad) : AtLevels(kKernelsAt, c.table), aligned, [c, block](const Request& r, int variant) {
             ReferenceYuvToRgb(r, {c.layout, c.fourth[variant]}, variant < 2 ? block : 0, QueryHostOption());
         });
     }

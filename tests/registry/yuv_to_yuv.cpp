@@ -84,7 +84,7 @@ const Registration kRegistration = RegisterEach(kRows, [](const ExportRow& c) {
     const RequestStyle aligned{.block = c.destination == Dst::kWide ? 8 : 16,
                                .drift_pitch = c.destination == Dst::kPlanar, .source_anywhere = true};
     for (const KernelRow& kernel : c.kernels)
-        AddVariants(e, {kernel.name, AtLevels(k::kKernelsAt, kernel.quad)}, aligned, [kernel](const Request& r, int variant) {
+        AddVariants(e, kernel.name, AtLevels(k::kKernelsAt, kernel.quad), aligned, [kernel](const Request& r, int variant) {
             ReferenceYuvKernel(r, variant < 2 ? kernel.aligned_model : kernel.any_model, variant < 2);
         });
     return e;

@@ -7,10 +7,6 @@ std::vector<ExportUnderTest>& RegisteredExports() {
     return exports;
 }
 
-Registration::Registration(std::vector<ExportUnderTest> exports) {
-    for (ExportUnderTest& e : exports) RegisteredExports().push_back(std::move(e));
-}
-
 ExportUnderTest Named(const char* pair, ZenkConvertFunction convert) {
     ExportUnderTest e;
     e.name = std::string("ZENK_SSE2_") + pair + "_EX";
@@ -18,12 +14,12 @@ ExportUnderTest Named(const char* pair, ZenkConvertFunction convert) {
     return e;
 }
 
-void AddVariants(ExportUnderTest& e, const KernelQuadLevels& quads, RequestStyle aligned,
+void AddVariants(ExportUnderTest& e, const std::string& prefix, const LevelKernels& quads, RequestStyle aligned,
                  std::function<void(const Request&, int variant)> reference) {
     for (int variant = 0; variant < 4; ++variant) {
         KernelUnderTest k;
-        k.name = quads.name + "v" + std::to_string(variant);
-        for (size_t level = 0; level < kLevelCount; ++level) k.at_level[level] = quads.quads[level][variant];
+        k.name = prefix + "v" + std::to_string(variant);
+        for (size_t level = 0; level < kLevelCount; ++level) k.at_level[level] = quads[level][variant];
         k.style = variant < 2 ? aligned : RequestStyle{};
         k.style.aligned = variant < 2;
         k.reference = [reference, variant](const Request& r) { reference(r, variant); };
@@ -31,7 +27,7 @@ void AddVariants(ExportUnderTest& e, const KernelQuadLevels& quads, RequestStyle
     }
 }
 
-void AddPairModes(ExportUnderTest& e, const std::array<const KernelFunction*, kLevelCount>& table,
+void AddPairModes(ExportUnderTest& e, const LevelKernels& table,
                   std::vector<int32_t> modes, std::function<void(const Request&, int32_t mode)> reference) {
     e.pair_modes = modes;
     for (int32_t mode : modes) {
@@ -58,7 +54,6 @@ uint8_t Flag(Rng& rng) { return rng.Chance(50) ? 0 : static_cast<uint8_t>(rng.Un
 }  // namespace
 
 Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, const RequestStyle& style) {
-    Request r{};
     // Without guard pages the planes have room for the odd requests hosts
     // make: chroma planes anywhere, skips that drift, lines off alignment.
     const bool loose = style.guard_page == GuardPage::kNone;
@@ -72,19 +67,12 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
     if (style.even_width) width &= ~1;
     // What an aligned kernel consumes of a line: whole blocks.
     const int32_t consumed = style.aligned && style.block > 0 ? width / block * block : width;
-    r.width = width;
-    r.src_width = rng.Chance(90) ? width : rng.Uniform(0, 70);
-    r.src_height = height;
-    r.alpha_value = rng.AlphaValue();
-    r.use_streaming_stores = Flag(rng);
-    r.full_range = Flag(rng);
-    r.clamp_luma = Flag(rng);
-    r.src_field_pair = Flag(rng);
     static const std::vector<int32_t> kMatrices = {0, 1, 1, 0, 2, -1, 3};
-    r.src_matrix = rng.Pick(kMatrices);
-    r.dst_matrix = rng.Pick(kMatrices);
-    r.src_range = rng.Uniform(-1, 2);
-    r.dst_range = rng.Uniform(-1, 2);
+    Request r{.src_width = rng.Chance(90) ? width : rng.Uniform(0, 70), .src_height = height,
+              .src_matrix = rng.Pick(kMatrices), .src_range = rng.Uniform(-1, 2), .src_field_pair = Flag(rng),
+              .width = width, .dst_matrix = rng.Pick(kMatrices), .dst_range = rng.Uniform(-1, 2),
+              .alpha_value = rng.AlphaValue(), .full_range = Flag(rng), .use_streaming_stores = Flag(rng),
+              .clamp_luma = Flag(rng)};
     // A line-pair mode: `reduce` source pixels and lines make one
     // destination pixel and line (vertical_mode 1 and 2), or each source
     // pixel and line is written twice (vertical_mode 3).
@@ -111,17 +99,13 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
         r.dst_height = reduce > 1 ? rng.Uniform(0, 5) : height;
     }
 
-    struct Binding {
-        const PlaneSpec* plane;
-        bool destination;
-    };
-    const Binding bindings[4] = {{&e.src, false}, {&e.src_alpha, false}, {&e.dst, true}, {&e.dst_alpha, true}};
+    const PlaneSpec* const planes[4] = {&e.src, &e.src_alpha, &e.dst, &e.dst_alpha};  // sources first
     size_t index[4] = {};
     for (int i = 0; i < 4; ++i) {
-        const PlaneSpec& p = *bindings[i].plane;
+        const PlaneSpec& p = *planes[i];
         if (p.bytes_per_pixel == 0) continue;
         PlaneShape shape;
-        const bool source = !bindings[i].destination;
+        const bool source = i < 2;
         shape.line_bytes = width * p.bytes_per_pixel * (source ? reduce : twice) + p.read_past_line;
         shape.lines = height;
         if (reduce > 1) shape.lines = source ? reduce * r.dst_height + 2 : r.dst_height;
@@ -152,7 +136,7 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
             shape.pitch = (shape.pitch + step - 1) / step * step;
             if (shape.pitch == 0) shape.pitch = step;
             uint32_t residue = static_cast<uint32_t>(rng.Uniform(0, 63));
-            if (bindings[i].destination && style.residue >= 0)
+            if (!source && style.residue >= 0)
                 residue = static_cast<uint32_t>(style.residue + 16 * rng.Uniform(0, 3));
             shape.residue = residue / static_cast<uint32_t>(step) * static_cast<uint32_t>(step);
         }
@@ -162,12 +146,12 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
     // Planes are addressed once all are added: adding may move them.
     const bool edges = rng.Chance(50);
     auto bind = [&](int i, auto& plane, int32_t& stride, int32_t& skip) {
-        if (bindings[i].plane->bytes_per_pixel == 0) return;
+        if (planes[i]->bytes_per_pixel == 0) return;
         GuardedPlane& g = scene[index[i]];
-        if (edges && !bindings[i].destination) FillWithEdgeValues(rng, g);
+        if (edges && i < 2) FillWithEdgeValues(rng, g);
         plane = g.first_line();
         stride = g.shape.pitch;
-        skip = g.Skip(consumed * bindings[i].plane->bytes_per_pixel);
+        skip = g.Skip(consumed * planes[i]->bytes_per_pixel);
     };
     bind(0, r.src_plane, r.src_stride, r.src_skip);
     bind(1, r.src_alpha_plane, r.src_alpha_stride, r.src_alpha_skip);

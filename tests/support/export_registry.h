@@ -26,13 +26,11 @@ struct PlaneSpec {
 
 // Instruction-set levels the kernels are built for; the differential test
 // runs every level the processor has and reports the others as skipped.
-using Level = IsaLevel;
-inline constexpr Level kLevels[] = {IsaLevel::kSse2, IsaLevel::kAvx2, IsaLevel::kAvx512};
+inline constexpr IsaLevel kLevels[] = {IsaLevel::kSse2, IsaLevel::kAvx2, IsaLevel::kAvx512};
 inline constexpr size_t kLevelCount = std::size(kLevels);
-inline const char* LevelName(Level level) { return IsaLevelName(level); }
-inline bool LevelAvailable(Level level) { return level <= ProcessorIsaLevel(); }
 
 using KernelFunction = void (*)(const Request*);
+using LevelKernels = std::array<const KernelFunction*, kLevelCount>;  // one kernel group per level
 
 // How a generic request places its planes.
 inline constexpr int32_t kAnyPairMode = -1;
@@ -96,27 +94,23 @@ struct ExportUnderTest {
 
 std::vector<ExportUnderTest>& RegisteredExports();
 
-struct Registration {
-    explicit Registration(std::vector<ExportUnderTest> exports);
-};
-
 // Registers one export per row of a family's table: `make(row)` describes
-// it, starting from Named(row.name, row.convert).
+// it, starting from Named(row.name, row.convert). A family keeps the
+// Registration as a namespace-scope constant, so its exports are registered
+// before main.
+using Registration = bool;
 template <class Rows, class Make>
 Registration RegisterEach(const Rows& rows, Make make) {
-    std::vector<ExportUnderTest> exports;
-    for (const auto& row : rows) exports.push_back(make(row));
-    return Registration(std::move(exports));
+    for (const auto& row : rows) RegisteredExports().push_back(make(row));
+    return true;
 }
 ExportUnderTest Named(const char* pair, ZenkConvertFunction convert);  // "BGR32I_UYVY16I" -> ZENK_SSE2_..._EX
 
-// The four variants of a kernel quad (one quad per level), variants 0 and 1
-// on aligned requests of `aligned`'s shape; `reference(r, variant)`.
-struct KernelQuadLevels {
-    std::string name;  // prefix of the variants' names ("" for an export's only quad)
-    std::array<const KernelFunction*, kLevelCount> quads;  // each the quad's four variants
-};
-void AddVariants(ExportUnderTest& e, const KernelQuadLevels& quads, RequestStyle aligned,
+// The four variants of a kernel quad (`quads`: one per level, each the
+// quad's four variants), named `prefix` "v0" to "v3" (the prefix "" for an
+// export's only quad), variants 0 and 1 on aligned requests of `aligned`'s
+// shape; `reference(r, variant)`.
+void AddVariants(ExportUnderTest& e, const std::string& prefix, const LevelKernels& quads, RequestStyle aligned,
                  std::function<void(const Request&, int variant)> reference);
 
 // A family's kernel quad, or a table's frame column (the line-pair kernels
@@ -125,15 +119,15 @@ void AddVariants(ExportUnderTest& e, const KernelQuadLevels& quads, RequestStyle
 inline const KernelFunction* Variants(const KernelQuad& q) { return q.variant; }
 inline const KernelFunction* Variants(const KernelTable& t) { return t.entry; }
 template <class Kernels, class Member>
-std::array<const KernelFunction*, kLevelCount> AtLevels(const Kernels* const (&at)[kIsaLevelCount], Member Kernels::*m) {
-    std::array<const KernelFunction*, kLevelCount> quads{};
+LevelKernels AtLevels(const Kernels* const (&at)[kIsaLevelCount], Member Kernels::*m) {
+    LevelKernels quads{};
     for (size_t level = 0; level < kLevelCount; ++level) quads[level] = Variants(at[level]->*m);
     return quads;
 }
 
 // One kernel per line-pair mode of a table (from AtLevels), each on requests
 // in its mode; `reference(r, mode)`.
-void AddPairModes(ExportUnderTest& e, const std::array<const KernelFunction*, kLevelCount>& table,
+void AddPairModes(ExportUnderTest& e, const LevelKernels& table,
                   std::vector<int32_t> modes, std::function<void(const Request&, int32_t mode)> reference);
 
 // A random request for `e` within the documented envelope: random flags,

@@ -79,28 +79,23 @@ GuardedPlane::GuardedPlane(Rng& rng, const PlaneShape& plane_shape) : shape(plan
     if (shape.guard_page != GuardPage::kNone && GuardPagesAvailable()) {
         const auto [low, high] = LineSpan(shape);
         bytes = AlignedBytes::BetweenGuardPages(static_cast<size_t>(high - low) + 64);
-        for (uint8_t& b : bytes) b = rng.Byte();
+        // Before the start: the lowest byte of the span on the page boundary,
+        // rounded up to the line alignment. After the end: the span's end on
+        // the boundary, rounded down to the alignment.
         const size_t align = shape.alignment ? shape.alignment : 1;
-        if (shape.guard_page == GuardPage::kBeforeStart) {
-            // The lowest byte of the span on the page boundary, rounded up to
-            // the line alignment.
-            first = (static_cast<size_t>(-low) + align - 1) / align * align;
-        } else {
-            // The span's end on the boundary, rounded down to the alignment.
-            first = (bytes.size() - static_cast<size_t>(high)) / align * align;
-        }
-        return;
+        first = shape.guard_page == GuardPage::kBeforeStart ? (static_cast<size_t>(-low) + align - 1) / align * align
+                                                            : (bytes.size() - static_cast<size_t>(high)) / align * align;
+    } else {
+        // Room for the lines in either direction, for the drift of kernels
+        // that consume fewer bytes than a line holds, and for guards on both
+        // sides.
+        const int64_t pitch = shape.pitch, total_lines = int64_t{shape.lines} + shape.extra_lines;
+        const int64_t below = shape.bottom_up ? pitch * (shape.lines + 1) : pitch;
+        const int64_t above = pitch * (total_lines + 1) + shape.line_bytes;
+        bytes = AlignedBytes(static_cast<size_t>(kGuard + below + above + kGuard + 128));
+        first = (static_cast<size_t>(kGuard + below) & ~size_t{63}) + 64 + (shape.residue & 63u);
     }
-    const int64_t pitch = shape.pitch;
-    const int64_t total_lines = static_cast<int64_t>(shape.lines) + shape.extra_lines;
-    // Room for the lines in either direction, for the drift of kernels that
-    // consume fewer bytes than a line holds, and for guards on both sides.
-    const int64_t below = shape.bottom_up ? pitch * (shape.lines + 1) : pitch;
-    const int64_t above = pitch * (total_lines + 1) + shape.line_bytes;
-    const size_t size = static_cast<size_t>(kGuard + below + above + kGuard + 128);
-    bytes = AlignedBytes(size);
     for (uint8_t& b : bytes) b = rng.Byte();
-    first = (static_cast<size_t>(kGuard + below) & ~size_t{63}) + 64 + (shape.residue & 63u);
 }
 
 Request Rebase(const Request& r, const Scene& scene, Scene& clone) {

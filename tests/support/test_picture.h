@@ -64,12 +64,10 @@ private:
 enum class GuardPage { kNone, kAfterEnd, kBeforeStart };
 
 struct PlaneShape {
-    int32_t line_bytes = 0;
-    int32_t lines = 0;
+    int32_t line_bytes = 0, lines = 0, extra_lines = 0;
     int32_t pitch = 0;  // positive; the direction is bottom_up
     bool bottom_up = false;
     uint32_t residue = 0;
-    int32_t extra_lines = 0;
     GuardPage guard_page = GuardPage::kNone;
     uint32_t alignment = 1;  // with a guard page: line starts are multiples of this
 };
@@ -83,7 +81,6 @@ public:
     // data() is page-aligned and data() + size() is the start of a page.
     static AlignedBytes BetweenGuardPages(size_t n);
     AlignedBytes(const AlignedBytes& o) : AlignedBytes(o.size_) { std::copy_n(o.data(), size_, data()); }
-    AlignedBytes& operator=(const AlignedBytes& o) { return *this = AlignedBytes(o); }
     AlignedBytes(AlignedBytes&&) noexcept = default;
     AlignedBytes& operator=(AlignedBytes&&) noexcept = default;
     uint8_t* data() const { return bytes_.get(); }
@@ -138,10 +135,26 @@ template <class Convert, class Reference>
     return same;
 }
 
+// The exports' alignment test of one plane, written out: 16-aligned, with a
+// pitch and a width in whole units.
+inline bool PassesAlignment(const void* plane, int32_t stride, int32_t width, uint32_t stride_unit, uint32_t width_unit) {
+    return reinterpret_cast<uintptr_t>(plane) % 16 == 0 && static_cast<uint32_t>(stride) % stride_unit == 0 &&
+           static_cast<uint32_t>(width) % width_unit == 0;
+}
+
 // Running pointers of a scalar reference, moved by signed byte counts.
 template <class T>
 inline T* Step(T* p, int64_t bytes) {
     return reinterpret_cast<T*>(reinterpret_cast<uintptr_t>(p) + static_cast<intptr_t>(bytes));
+}
+
+// Source line n of a reducing line-pair mode (by k = 2 or 4): destination
+// lines take their source lines from two streams in turn, the second one
+// pitch (a field pair) or k pitches after the first, and each stream
+// advances by 2k pitches plus src_skip, whose sign alone gives the direction.
+inline const uint8_t* ReducedSourceLine(const Request& r, int64_t k, int32_t n) {
+    const int64_t sign = r.src_skip < 0 ? -1 : 1, second = sign * (r.src_field_pair ? 1 : k) * r.src_stride;
+    return Step(r.src_plane, (n % 2 ? second : 0) + (n / 2) * (r.src_skip + sign * 2 * k * r.src_stride));
 }
 
 }  // namespace zenk::test

@@ -16,8 +16,7 @@ constexpr int kWidth = 7, kHeight = 3;  // odd, so that packed rows end inside a
 
 struct PngCase {
     const char* name;
-    int colour_type;
-    int depth;
+    int colour_type, depth;
     bool transparent = false;  // a tRNS chunk: palette alphas, or one grey or RGB key colour
     bool interlaced = false;
 };
@@ -54,13 +53,17 @@ unsigned Sample(int i, int c, int depth) {
     return v % (1u << depth);
 }
 
+// Palette entry k, and its alpha in a tRNS chunk.
+png_color PaletteColour(int k) { return {png_byte(k), png_byte(255 - k), png_byte(k * 7)}; }
+png_byte PaletteAlpha(int k) { return png_byte(k * 13); }
+
 // What the tool must read, as BGRA, for one pixel.
-Bytes Expected(const PngCase& c, int i, const std::vector<png_color>& palette, const Bytes& palette_alpha) {
+Bytes Expected(const PngCase& c, int i) {
     auto eight = [&](unsigned s) { return static_cast<uint8_t>(c.depth == 16 ? s >> 8 : s * 255 / ((1u << c.depth) - 1)); };
     if (c.colour_type == PNG_COLOR_TYPE_PALETTE) {
-        const unsigned index = Sample(i, 0, c.depth);
-        const png_color& p = palette[index];
-        return {p.blue, p.green, p.red, c.transparent ? palette_alpha[index] : uint8_t{255}};
+        const int index = static_cast<int>(Sample(i, 0, c.depth));
+        const png_color p = PaletteColour(index);
+        return {p.blue, p.green, p.red, c.transparent ? PaletteAlpha(index) : uint8_t{255}};
     }
     const int n = Channels(c.colour_type);
     const bool grey = n <= 2;
@@ -75,21 +78,17 @@ Bytes Expected(const PngCase& c, int i, const std::vector<png_color>& palette, c
     return {b, g, r, a};
 }
 
-// Writes the case's PNG, with a gamma chunk that a linear-light reader would apply.
+// Writes the case's PNG, with a gamma chunk that a linear-light reader would
+// apply, and returns the BGRA bytes the tool must read from it.
 Bytes WriteCase(const PngCase& c, const std::string& path) {
-    std::vector<png_color> palette(256);
-    Bytes palette_alpha(256);
-    for (int k = 0; k < 256; ++k) {
-        palette[k] = {static_cast<png_byte>(k), static_cast<png_byte>(255 - k), static_cast<png_byte>(k * 7)};
-        palette_alpha[k] = static_cast<uint8_t>(k * 13);
-    }
+    std::vector<png_color> palette;
+    Bytes palette_alpha;
+    for (int k = 0; k < 256; ++k) palette.push_back(PaletteColour(k)), palette_alpha.push_back(PaletteAlpha(k));
     std::FILE* file = std::fopen(path.c_str(), "wb");
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
-    if (setjmp(png_jmpbuf(png))) {
+    if (setjmp(png_jmpbuf(png))) {  // the test ends here, the writer's memory left to the process
         ADD_FAILURE() << "libpng could not write " << c.name;
-        png_destroy_write_struct(&png, &info);
-        std::fclose(file);
         return {};
     }
     png_init_io(png, file);
@@ -102,32 +101,27 @@ Bytes WriteCase(const PngCase& c, const std::string& path) {
         png_set_PLTE(png, info, palette.data(), 1 << c.depth);
         if (c.transparent) png_set_tRNS(png, info, palette_alpha.data(), 1 << c.depth, nullptr);
     } else if (c.transparent) {
-        png_color_16 key{};
-        key.gray = key.red = static_cast<png_uint_16>(Sample(1, 0, c.depth));
-        key.green = static_cast<png_uint_16>(Sample(1, 1, c.depth));
-        key.blue = static_cast<png_uint_16>(Sample(1, 2, c.depth));
+        const png_uint_16 red = Sample(1, 0, c.depth), green = Sample(1, 1, c.depth), blue = Sample(1, 2, c.depth);
+        png_color_16 key{0, red, green, blue, red};  // grey cases key on the first sample
         png_set_tRNS(png, info, nullptr, 0, &key);
     }
     png_write_info(png, info);
     if (c.depth < 8) png_set_packing(png);  // one sample a byte in the rows below
     // Every row alike: pixel i's samples, big-endian at 16 bits.
-    const int bytes = c.depth == 16 ? 2 : 1;
-    Bytes row(static_cast<size_t>(kWidth * n * bytes));
+    Bytes row, expected;
     for (int i = 0; i < kWidth; ++i)
         for (int ch = 0; ch < n; ++ch) {
             const unsigned s = Sample(i, ch, c.depth);
-            uint8_t* at = &row[static_cast<size_t>((i * n + ch) * bytes)];
-            if (bytes == 2) at[0] = static_cast<uint8_t>(s >> 8), at[1] = static_cast<uint8_t>(s);
-            else at[0] = static_cast<uint8_t>(s);
+            if (c.depth == 16) row.push_back(static_cast<uint8_t>(s >> 8));
+            row.push_back(static_cast<uint8_t>(s));
         }
     std::vector<png_bytep> pointers(kHeight, row.data());
     png_write_image(png, pointers.data());
     png_write_end(png, nullptr);
     png_destroy_write_struct(&png, &info);
     std::fclose(file);
-    Bytes expected;
     for (int i = 0; i < kHeight * kWidth; ++i) {
-        const Bytes px = Expected(c, i % kWidth, palette, palette_alpha);
+        const Bytes px = Expected(c, i % kWidth);
         expected.insert(expected.end(), px.begin(), px.end());
     }
     return expected;

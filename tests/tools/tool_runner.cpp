@@ -7,7 +7,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <sstream>
 
 namespace zenk::tool::test {
@@ -28,28 +27,17 @@ std::string Slurp(int fd) {
 }  // namespace
 
 ToolResult RunTool(const std::vector<std::string>& args, bool terminal, const std::string& input) {
-    std::vector<std::string> argv_strings{ZENK_CONVERT_PATH};
-    argv_strings.insert(argv_strings.end(), args.begin(), args.end());
-    std::vector<char*> argv;
-    for (std::string& s : argv_strings) argv.push_back(s.data());
+    std::vector<char*> argv{const_cast<char*>(ZENK_CONVERT_PATH)};
+    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
     argv.push_back(nullptr);
-
-    int out_pipe[2], err_pipe[2] = {-1, -1}, pty_master = -1;
+    int out_pipe[2], err_pipe[2];
     if (pipe(out_pipe) != 0) return {};
-    if (terminal) {
-        if (openpty(&pty_master, &err_pipe[1], nullptr, nullptr, nullptr) != 0) return {};
-        err_pipe[0] = pty_master;
-    } else if (pipe(err_pipe) != 0) {
-        return {};
-    }
+    if (terminal ? openpty(&err_pipe[0], &err_pipe[1], nullptr, nullptr, nullptr) != 0 : pipe(err_pipe) != 0) return {};
     const pid_t pid = fork();
     if (pid == 0) {
-        const int in = open(input.empty() ? "/dev/null" : input.c_str(), O_RDONLY);
-        dup2(in, STDIN_FILENO);
+        dup2(open(input.empty() ? "/dev/null" : input.c_str(), O_RDONLY), STDIN_FILENO);
         dup2(out_pipe[1], STDOUT_FILENO);
         dup2(err_pipe[1], STDERR_FILENO);
-        close(out_pipe[0]);
-        close(err_pipe[0]);
         execv(argv[0], argv.data());
         _exit(127);
     }
@@ -67,23 +55,17 @@ ToolResult RunTool(const std::vector<std::string>& args, bool terminal, const st
     return r;
 }
 
-void ExpectOk(const ToolResult& r, const std::vector<std::string>& args) {
+ToolResult RunOk(const std::vector<std::string>& args, bool terminal, const std::string& input) {
+    ToolResult r = RunTool(args, terminal, input);
     std::string command = "zenk-convert";
     for (const std::string& a : args) command += " " + a;
     EXPECT_EQ(r.code, 0) << command << "\n" << r.err;
-}
-
-ToolResult RunOk(const std::vector<std::string>& args) {
-    ToolResult r = RunTool(args);
-    ExpectOk(r, args);
     return r;
 }
 
 Scratch::Scratch() {
-    std::random_device rd;
-    dir_ = std::filesystem::temp_directory_path() /
-           ("zenk-convert-test-" + std::to_string(getpid()) + "-" + std::to_string(rd()));
-    std::filesystem::create_directories(dir_);
+    std::string pattern = (std::filesystem::temp_directory_path() / "zenk-convert-test-XXXXXX").string();
+    dir_ = mkdtemp(pattern.data());
 }
 
 Scratch::~Scratch() {

@@ -25,9 +25,8 @@ struct ToolResult {
 // give it as standard input (else it gets an empty one).
 ToolResult RunTool(const std::vector<std::string>& args, bool terminal = false, const std::string& input = {});
 
-// Fails the test with the tool's messages unless it exited with 0.
-void ExpectOk(const ToolResult& r, const std::vector<std::string>& args);
-ToolResult RunOk(const std::vector<std::string>& args);
+// RunTool, failing the test with the tool's messages unless it exits with 0.
+ToolResult RunOk(const std::vector<std::string>& args, bool terminal = false, const std::string& input = {});
 
 // A fresh directory, removed with everything in it when the test ends.
 class Scratch {
