@@ -70,9 +70,9 @@ ZENK_ARITHMETIC void Singles(F& f, int32_t count) {
 // prefetched), the prefetch before each group's first block but the line's
 // last group. That last prefetch costs more than it brings: on 3840x2160
 // pictures from memory (AMD EPYC, the two builds alternating in one
-// process), leaving out that one prefetch per line made the copies, byte
-// reorders, repacks and alpha extraction 8 to 25 % faster at every level,
-// and nothing slower beyond the spread. A format is
+// process), leaving out that one prefetch per line made the aligned
+// kernels of the copies, byte reorders, repacks and alpha extraction 6 to
+// 21 % faster at every level, and the any-alignment ones up to 5 %. A format is
 // written for a vector layer F::Vector of one or more lanes: each block
 // call converts as many SSE2 blocks at once as the layer has lanes, and the
 // blocks left over go through the same code with fewer lanes filled, so
