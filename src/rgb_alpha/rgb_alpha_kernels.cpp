@@ -11,14 +11,15 @@ using Vec = Widest;
 
 // This level's kernels of every export of the family.
 const Kernels kKernels = {
-    .copy_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, CopyBgr32<Vec>),
-    .bgr32_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Bgr32ToBgr24<Vec>),
-    .bgr24_to_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, Bgr24ToBgr32<Vec>),
-    .copy_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, CopyBgr24<Vec>),
-    .split_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, SplitBgr32<Vec>),
+    .copy_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, Copy<Vec, 4, 4, 1>),
+    .bgr32_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Bgr32ToBgr24<Vec, false>),
+    .bgr24_to_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, Bgr24ToBgr32<Vec, false>),
+    .copy_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Copy<Vec, 3, 3, 1>),
+    .split_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, Bgr32ToBgr24<Vec, true>),
     .extract_alpha = ZENK_KERNEL_QUAD(FrameKernel, ExtractAlpha<Vec>),
-    .merge_alpha = ZENK_KERNEL_QUAD(FrameKernel, MergeAlpha<Vec>),
-    .copy_alpha_plane = ZENK_KERNEL_QUAD(FrameKernel, CopyAlphaPlane<Vec>),
+    .merge_alpha = ZENK_KERNEL_QUAD(FrameKernel, Bgr24ToBgr32<Vec, true>),
+    // Alpha planes: 32-byte blocks, asking ahead once per 64-byte cache line.
+    .copy_alpha_plane = ZENK_KERNEL_QUAD(FrameKernel, Copy<Vec, 1, 2, 2>),
     // The fill keeps 16-byte stores at every level: on the AMD EPYC the
     // wider ones measured a quarter slower filling a UHD plane, and no
     // faster in the cache (docs/performance.md).
