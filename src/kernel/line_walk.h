@@ -135,36 +135,48 @@ inline void WalkFrame(F& f, const Request& r) {
     A::Finish();
 }
 
-// A pair-mode picture: line starts from the line addressing (WalkLinePairs);
-// `start(src_line, dst)` gives the line's format state, and the destination
-// runs on from where the line's last unit left it.
-template <class F, class A, class Start>
-inline void WalkPairModeFrame(const Request& r, Start&& start) {
-    Prefetch(r.src_plane);
-    WalkLinePairs(PairModeLines(&r), [&](const uint8_t* src_line, uint8_t*& dst) {
-        F f = start(src_line, dst);
-        WalkLine<F, A>(f, r.width);
+// The kernel of a 1:1 format F, walked with access policy A. A format with
+// per-call constants (F::Constants) has them built once, and its line state
+// starts from them and the picture's first lines; any other format builds
+// its state from the request.
+//
+// Such a state is walked as a copy: its constructor may hand the object's
+// address to setup code out of line (a coefficient block filled through
+// pointers), and a state whose address has left the kernel stays in memory,
+// its running pointers stored and reloaded around every block. The copy's
+// address never leaves.
+template <class F, class A>
+ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
+    if constexpr (requires { typename F::Constants; }) {
+        const typename F::Constants k(*r);
+        F f(k, *r, r->src_plane, r->dst_plane);
+        WalkFrame<F, A>(f, *r);
+    } else {
+        const F built(*r);
+        F f(built);
+        WalkFrame<F, A>(f, *r);
+    }
+}
+
+// A pair-mode picture: the constants once, each line's state from its
+// source line (WalkLinePairs) and the destination, which runs on from where
+// the line's last unit left it.
+template <class F, class A>
+ZENK_KERNEL_ENTRY void PairModeKernel(const Request* r) {
+    const typename F::Constants k(*r);
+    Prefetch(r->src_plane);
+    WalkLinePairs(PairModeLines(r), [&](const uint8_t* src_line, uint8_t*& dst) {
+        F f(k, *r, src_line, dst);
+        WalkLine<F, A>(f, r->width);
         dst = f.dst;
     });
     A::Finish();
 }
 
-}  // namespace zenk::ZENK_ISA
-
-namespace zenk::ZENK_ISA {
-
-// The kernel of a 1:1 format F: its state built from the request, then the
-// picture walked with access policy A.
-// The picture is walked with a copy of the state the format's constructor
-// built: that constructor may hand its object's address to setup code out
-// of line (a coefficient block filled through pointers), and a state whose
-// address has left the kernel stays in memory, its running pointers stored
-// and reloaded around every block. The copy's address never leaves.
-template <class F, class A>
-ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
-    const F built(*r);
-    F f(built);
-    WalkFrame<F, A>(f, *r);
-}
+// One pair-mode kernel serves all four variants of its column: the request
+// chooses between its cached and its streaming walk.
+template <class F>
+inline constexpr Kernel kPairModeKernel =
+    &StoresAsRequested<&PairModeKernel<F, AnyCached>, &PairModeKernel<F, AnyStreaming>>;
 
 }  // namespace zenk::ZENK_ISA

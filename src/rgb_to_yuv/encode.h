@@ -21,33 +21,10 @@ using namespace ::zenk::rgb_to_yuv;
 
 // ---- Constants of one call -------------------------------------------------------------
 
-// The coefficient block's vectors, filled once per call by
-// SetupRgbToYuvCoefficients.
-struct CoefficientVectors {
-    __m128i luma_offset, luma_a, luma_b, chroma_a, chroma_b, chroma_c, chroma_d, luma_min, luma_max;
-
-    explicit CoefficientVectors(const Request& r) {
-        RgbToYuvCoefficients block{static_cast<uint32_t>(r.dst_matrix),
-                                   static_cast<uint32_t>(r.dst_range),
-                                   8,
-                                   1,
-                                   r.clamp_luma,
-                                   r.full_range,
-                                   &luma_offset,
-                                   &luma_a,
-                                   &luma_b,
-                                   &chroma_a,
-                                   &chroma_b,
-                                   &chroma_c,
-                                   &chroma_d,
-                                   &luma_min,
-                                   &luma_max};
-        SetupRgbToYuvCoefficients(&block);
-    }
-};
-
-// The kernel's private constant set, in every lane: the coefficient vectors
-// and the fixed vectors of the arithmetic.
+// The kernel's private constant set, in every lane: the coefficient
+// vectors and the fixed vectors of the arithmetic. The coefficient block
+// fills the call's vectors (v: luma offset, two luma and four chroma weight
+// vectors, of which the point-sampled chroma takes two, and the clamps).
 template <class S>
 struct Encoder {
     using V = typename S::V;
@@ -58,14 +35,18 @@ struct Encoder {
 
     explicit Encoder(const Request& r)
         : round(S::Set32(1 << 14)), chroma_offset(S::Set16(128)), chroma_ceiling(S::Set16(255)) {
-        const CoefficientVectors c(r);
-        luma_offset = S::Broadcast(c.luma_offset);
-        luma_a = S::Broadcast(c.luma_a);
-        luma_b = S::Broadcast(c.luma_b);
-        chroma_a = S::Broadcast(c.chroma_a);
-        chroma_b = S::Broadcast(c.chroma_b);
-        luma_min = S::Broadcast(c.luma_min);
-        luma_max = S::Broadcast(c.luma_max);
+        __m128i v[9];
+        RgbToYuvCoefficients block{static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8, 1,
+                                   r.clamp_luma, r.full_range, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6], &v[7],
+                                   &v[8]};
+        SetupRgbToYuvCoefficients(&block);
+        luma_offset = S::Broadcast(v[0]);
+        luma_a = S::Broadcast(v[1]);
+        luma_b = S::Broadcast(v[2]);
+        chroma_a = S::Broadcast(v[3]);
+        chroma_b = S::Broadcast(v[4]);
+        luma_min = S::Broadcast(v[7]);
+        luma_max = S::Broadcast(v[8]);
     }
 };
 
@@ -403,9 +384,15 @@ struct LineWriter : Layout::Cursor {
     static constexpr MisalignedLine kMisaligned = MisalignedLine::kBlocksUnaligned;
     static constexpr bool kStreamEnds = false;
 
-    LineWriter(const Encoder<Vec>& k, const Layout& layout, const uint8_t* src, typename Layout::Cursor dst,
-               uint8_t* alpha)
-        : Layout::Cursor(dst), k(k), layout(layout), src(src), alpha(alpha) {}
+    // The call's constants: the encoder and the layout built from it.
+    struct Constants {
+        explicit Constants(const Request& r) : k(r), layout(k) {}
+        const Encoder<Vec> k;
+        const Layout layout;
+    };
+
+    LineWriter(const Constants& c, const Request& r, const uint8_t* src_line, uint8_t* dst_line)
+        : Layout::Cursor(c.layout.At(dst_line, r)), k(c.k), layout(c.layout), src(src_line), alpha(r.dst_alpha_plane) {}
 
     // A doubled packed pair writes 8 bytes: only a line start on an 8-byte
     // boundary is brought to a 16-byte one.

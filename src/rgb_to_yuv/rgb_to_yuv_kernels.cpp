@@ -13,36 +13,11 @@ namespace zenk::ZENK_ISA::rgb_to_yuv {
 // The widest vector layer of this level.
 using Vec = Widest;
 
-template <class Source, class Layout, bool kAlpha, class A>
-ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
-    const Encoder<Vec> k(*r);
-    const Layout layout(k);
-    LineWriter<Vec, Source, Layout, false, kAlpha> line(k, layout, r->src_plane, layout.At(r->dst_plane, *r),
-                                                   r->dst_alpha_plane);
-    WalkFrame<decltype(line), A>(line, *r);
-}
-
-template <class Source, class Layout, class A>
-void Colour(const Request* r) {
-    FrameKernel<Source, Layout, false, A>(r);
-}
-template <class Source, class Layout, class A>
-void ColourAndAlpha(const Request* r) {
-    FrameKernel<Source, Layout, true, A>(r);
-}
-
-// Reduction: destination line n from source stream A (n even) or B (n odd);
-// `width` is the destination's pixels per line.
-template <class Source, class Layout, class A>
-ZENK_KERNEL_ENTRY void ReduceKernel(const Request* r) {
-    const Encoder<Vec> k(*r);
-    const Layout layout(k);
-    using Line = LineWriter<Vec, Source, Layout, false, false>;
-    // A Y8PUV8I chroma line keeps its distance from its luma line.
-    WalkPairModeFrame<Line, A>(*r, [&](const uint8_t* src_line, uint8_t* dst) {
-        return Line(k, layout, src_line, layout.At(dst, *r), nullptr);
-    });
-}
+// 1:1 frames: `width` is the pixels of a line. Reduction: destination line
+// n from source stream A (n even) or B (n odd), `width` the destination's
+// pixels per line.
+template <class Source, class Layout, bool kAlpha = false>
+using Frame = LineWriter<Vec, Source, Layout, false, kAlpha>;
 
 // Doubling: `width` is the source's pixels per line; each source line is
 // written to two consecutive destination lines.
@@ -56,16 +31,16 @@ ZENK_KERNEL_ENTRY void ReduceKernel(const Request* r) {
 // from dst_plane + dst_stride * dst_height.
 template <class Layout, class A>
 ZENK_KERNEL_ENTRY void DoubleKernel(const Request* r) {
-    const Encoder<Vec> k(*r);
-    const Layout layout(k);
+    using Line = LineWriter<Vec, Bgr32Pixels, Layout, true, false>;
+    const typename Line::Constants c(*r);
     Prefetch(r->src_plane);
     const LineAddressSet set = PairModeLines(r);
     const uint8_t* src_line = set.src_line_a;
     uint8_t* dst_line = r->dst_plane;
     for (int32_t n = 0; n < set.line_count; ++n) {
         for (int copy = 0; copy < 2; ++copy) {
-            LineWriter<Vec, Bgr32Pixels, Layout, true, false> line(k, layout, src_line, layout.At(dst_line, *r), nullptr);
-            WalkLine<decltype(line), A>(line, r->width);
+            Line line(c, *r, src_line, dst_line);
+            WalkLine<Line, A>(line, r->width);
             dst_line = Advance(dst_line, r->dst_stride);
         }
         src_line = Advance(src_line, set.src_advance);
@@ -73,16 +48,12 @@ ZENK_KERNEL_ENTRY void DoubleKernel(const Request* r) {
     A::Finish();
 }
 
-template <class Source, class Layout>
-constexpr Kernel kReduce = &StoresAsRequested<&ReduceKernel<Source, Layout, AnyCached>,
-                                              &ReduceKernel<Source, Layout, AnyStreaming>>;
-template <class Layout>
-constexpr Kernel kDouble = &StoresAsRequested<&DoubleKernel<Layout, AnyCached>, &DoubleKernel<Layout, AnyStreaming>>;
 // Frame kernels, then halve, quarter and double.
 template <class Layout>
 consteval KernelTable Table() {
-    return MakeKernelTable(ZENK_KERNEL_QUAD(Colour, Bgr32Pixels, Layout), kReduce<Bgr32EverySecond, Layout>,
-                           kReduce<Bgr32EveryFourth, Layout>, kDouble<Layout>);
+    return MakeKernelTable(ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr32Pixels, Layout>),
+                           kPairModeKernel<Frame<Bgr32EverySecond, Layout>>, kPairModeKernel<Frame<Bgr32EveryFourth, Layout>>,
+                           &StoresAsRequested<&DoubleKernel<Layout, AnyCached>, &DoubleKernel<Layout, AnyStreaming>>);
 }
 
 using Uyvy = PackedLayout<Vec, UyvyOrder>;
@@ -100,15 +71,15 @@ const Kernels kKernels = {
     .bgr32_to_uyvy = Table<Uyvy>(),
     .bgr32_to_uvyy = Table<Uvyy>(),
     .bgr32_to_y8uv = Table<Planar>(),
-    .bgr32_to_yuyv = ZENK_KERNEL_QUAD(Colour, Bgr32Pixels, Yuyv),
-    .bgr32_to_uyvy_alpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Uyvy),
-    .bgr32_to_yuyv_alpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Yuyv),
-    .bgr32_to_uvyy_alpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Uvyy),
-    .bgr32_to_y8uv_alpha = ZENK_KERNEL_QUAD(ColourAndAlpha, Bgr32Pixels, Planar),
-    .bgr24_to_uyvy = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Uyvy),
-    .bgr24_to_yuyv = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Yuyv),
-    .bgr24_to_uvyy = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Uvyy),
-    .bgr24_to_y8uv = ZENK_KERNEL_QUAD(Colour, Bgr24Pixels, Planar),
+    .bgr32_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr32Pixels, Yuyv>),
+    .bgr32_to_uyvy_alpha = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr32Pixels, Uyvy, true>),
+    .bgr32_to_yuyv_alpha = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr32Pixels, Yuyv, true>),
+    .bgr32_to_uvyy_alpha = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr32Pixels, Uvyy, true>),
+    .bgr32_to_y8uv_alpha = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr32Pixels, Planar, true>),
+    .bgr24_to_uyvy = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr24Pixels, Uyvy>),
+    .bgr24_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr24Pixels, Yuyv>),
+    .bgr24_to_uvyy = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr24Pixels, Uvyy>),
+    .bgr24_to_y8uv = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr24Pixels, Planar>),
 };
 
 }  // namespace zenk::ZENK_ISA::rgb_to_yuv

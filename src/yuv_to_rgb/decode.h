@@ -52,54 +52,34 @@ enum class AlphaForm {
     kNone,    // BGR24: no fourth byte
 };
 
-// The coefficient vectors of one call, filled by SetupYuvToRgbCoefficients.
-struct CoefficientVectors {
-    __m128i luma_offset, luma_gain, blue, red, green, unused0, unused1, clamp_low, clamp_high;
-
-    explicit CoefficientVectors(const Request& r) {
-        YuvToRgbCoefficients block{};
-        block.matrix = static_cast<uint32_t>(r.dst_matrix);
-        block.range = static_cast<uint32_t>(r.dst_range);
-        block.bitDepth = 8;
-        block.orderFlag = 1;
-        block.clampLuma = r.clamp_luma;
-        block.fullRangeLuma = r.full_range;
-        block.lumaOffset = &luma_offset;
-        block.lumaGain = &luma_gain;
-        block.blueCoef = &blue;
-        block.redCoef = &red;
-        block.greenCoef = &green;
-        block.unused0 = &unused0;
-        block.unused1 = &unused1;
-        block.clampLow = &clamp_low;
-        block.clampHigh = &clamp_high;
-        SetupYuvToRgbCoefficients(&block);
-    }
-};
-
 // The per-call constants of a kernel, in every lane, and the constant alpha
-// words.
-template <class S>
+// words of the form kForm. The coefficient block fills the call's vectors
+// (v: offset, gain, blue, red, green, two the setup leaves alone, clamps).
+template <class S, AlphaForm kForm>
 struct DecodeConstants {
     using V = typename S::V;
     V luma_offset, luma_gain, blue, red, green, clamp_low, clamp_high;
     V alpha;
 
-    DecodeConstants(const Request& r, AlphaForm form) {
-        const CoefficientVectors c(r);
-        luma_offset = S::Broadcast(c.luma_offset);
-        luma_gain = S::Broadcast(c.luma_gain);
-        blue = S::Broadcast(c.blue);
-        red = S::Broadcast(c.red);
-        green = S::Broadcast(c.green);
-        clamp_low = S::Broadcast(c.clamp_low);
-        clamp_high = S::Broadcast(c.clamp_high);
-        switch (form) {
-            case AlphaForm::kWord: alpha = S::Set16(static_cast<int16_t>(r.alpha_value)); break;
-            case AlphaForm::kDword: alpha = EvenFirst<S>(S::Set32(r.alpha_value)); break;
-            case AlphaForm::kPlane:
-            case AlphaForm::kNone: alpha = S::Zero(); break;
-        }
+    explicit DecodeConstants(const Request& r) {
+        __m128i v[9];
+        YuvToRgbCoefficients block{static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8, 1,
+                                   r.clamp_luma, r.full_range, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6], &v[7],
+                                   &v[8]};
+        SetupYuvToRgbCoefficients(&block);
+        luma_offset = S::Broadcast(v[0]);
+        luma_gain = S::Broadcast(v[1]);
+        blue = S::Broadcast(v[2]);
+        red = S::Broadcast(v[3]);
+        green = S::Broadcast(v[4]);
+        clamp_low = S::Broadcast(v[7]);
+        clamp_high = S::Broadcast(v[8]);
+        if constexpr (kForm == AlphaForm::kWord)
+            alpha = S::Set16(static_cast<int16_t>(r.alpha_value));
+        else if constexpr (kForm == AlphaForm::kDword)
+            alpha = EvenFirst<S>(S::Set32(r.alpha_value));
+        else
+            alpha = S::Zero();
     }
 };
 

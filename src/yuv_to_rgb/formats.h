@@ -11,15 +11,6 @@
 
 namespace zenk::ZENK_ISA::yuv_to_rgb {
 
-// Head pairs of a destination line (kBgr24HeadPairs).
-inline int32_t Bgr32HeadPairs(const uint8_t* line) {
-    const uint32_t residue = AddressResidue16(line);
-    return residue ? static_cast<int32_t>((16 - residue) >> 3) : 0;
-}
-inline int32_t Bgr24HeadPairs(const uint8_t* line) {
-    return kBgr24HeadPairs[(reinterpret_cast<uintptr_t>(line) >> 1) & 7];
-}
-
 // ---- Sources ------------------------------------------------------------------------
 
 // Running source pointers: the packed line or the luma plane, the chroma
@@ -38,39 +29,31 @@ struct SourceCursor {
 template <class S>
 ZENK_ARITHMETIC typename S::V Widen(typename S::V bytes) { return S::Lo8(bytes, S::Zero()); }
 
-// Packed 4:2:2 words (kernel/pixel_packing.h) as YuvWords, without alpha.
-template <class S>
-ZENK_ARITHMETIC YuvWords<S> FromPacked(const Words422<S>& w) { return {w.chroma, w.luma, S::Zero()}; }
+// The packed 4:2:2 byte orders. UVYY16I (Cb, Cr, Y0, Y1) becomes UYVY16I
+// (Cb, Y0, Cr, Y1) when the two middle bytes of each pair change places.
+enum class Packed { kUyvy, kYuyv, kUvyy };
 
-struct UyvyUnpack {
-    template <class S>
-    static YuvWords<S> Words(typename S::V v) { return FromPacked<S>(UnpackUyvy<S>(v)); }
-};
-struct YuyvUnpack {
-    template <class S>
-    static YuvWords<S> Words(typename S::V v) { return FromPacked<S>(UnpackYuyv<S>(v)); }
-};
-// Cb, Cr, Y0, Y1: the two middle bytes of each pair change places, which
-// gives the UYVY16I order Cb, Y0, Cr, Y1.
-struct UvyyUnpack {
-    template <class S>
-    static YuvWords<S> Words(typename S::V v) { return UyvyUnpack::Words<S>(ExchangeMiddleBytes<S>(v)); }
-};
+template <Packed kOrder, class S>
+ZENK_ARITHMETIC YuvWords<S> Unpack(typename S::V v) {
+    if constexpr (kOrder == Packed::kUvyy) v = ExchangeMiddleBytes<S>(v);
+    const Words422<S> w = kOrder == Packed::kYuyv ? UnpackYuyv<S>(v) : UnpackUyvy<S>(v);
+    return {w.chroma, w.luma, S::Zero()};
+}
 
 // One plane of 2-byte pixels; a block is 16 bytes, a pair 4.
-template <class Unpack>
+template <Packed kOrder>
 struct PackedSource {
     static SourceCursor Start(const Request&, const uint8_t* line) { return {line, nullptr, nullptr}; }
     template <class S>
     static YuvWords<S> Block(SourceCursor& s, int32_t calls) {
-        const YuvWords<S> w = Unpack::template Words<S>(S::LoadU(s.pixels, 16 * calls));
+        const YuvWords<S> w = Unpack<kOrder, S>(S::LoadU(s.pixels, 16 * calls));
         s.pixels += 16;
         return w;
     }
     static void Skip(SourceCursor& s, int32_t blocks) { s.pixels += 16 * blocks; }
     template <class S>
     static YuvWords<S> Pair(SourceCursor& s) {
-        const YuvWords<S> w = Unpack::template Words<S>(S::Load32(s.pixels, 0));
+        const YuvWords<S> w = Unpack<kOrder, S>(S::Load32(s.pixels, 0));
         s.pixels += 4;
         return w;
     }
@@ -161,7 +144,7 @@ struct Bgr32 {
     static typename S::V AlphaWords(const K& k, const YuvWords<S>& w) {
         return kForm == AlphaForm::kPlane ? EvenFirst<S>(w.alpha) : k.alpha;
     }
-    static int32_t HeadPairs(const uint8_t* d) { return Bgr32HeadPairs(d); }
+    static int32_t HeadPairs(const uint8_t* d) { return UnitsToBoundary(d, 8); }
     template <class S, class Src, class Store, class K>
     static void Block(const K& k, SourceCursor& s, uint8_t*& d) {
         const YuvWords<S> w = Src::template Block<S>(s, 1);
@@ -185,7 +168,8 @@ struct Bgr24 {
     static constexpr AlphaForm kAlpha = AlphaForm::kNone;
     static constexpr int kBlockShift = 4;  // blocks of 16 pixels
 
-    static int32_t HeadPairs(const uint8_t* d) { return Bgr24HeadPairs(d); }
+    // Pairs of 6 bytes: from the table, for even line starts.
+    static int32_t HeadPairs(const uint8_t* d) { return kBgr24HeadPairs[(reinterpret_cast<uintptr_t>(d) >> 1) & 7]; }
     template <class S, class Src, class Store, class K>
     static void Block(const K& k, SourceCursor& s, uint8_t*& d) {
         typename S::V px[4];
@@ -214,15 +198,20 @@ struct Bgr24 {
 
 // One line on the vector layer Vec: pairs of pixels, blocks of Dst's pixels.
 // Aligned kernels convert whole blocks; a line shorter than kSinglesBelow
-// pixels goes in pairs. A wider layer converts a block in each lane at once.
+// pixels goes in pairs: 16 in the frame kernels, 8 in the pair-mode ones,
+// whose lines are otherwise split like those of the unaligned kernels. A
+// wider layer converts a block in each lane at once.
 template <class Vec, class Src, class Dst, int32_t kSinglesBelowPixels>
 struct Line {
     using Vector = Vec;
+    using Constants = DecodeConstants<Vec, Dst::kAlpha>;
     static constexpr int32_t kUnitPixels = 2, kBlockUnits = (1 << Dst::kBlockShift) / 2;
     static constexpr int32_t kSinglesBelow = kSinglesBelowPixels, kPrefetchEvery = 0;
     static constexpr MisalignedLine kMisaligned = MisalignedLine::kBlocksUnaligned;
     static constexpr bool kStreamEnds = false;
 
+    Line(const Constants& k, const Request& r, const uint8_t* src_line, uint8_t* dst_line)
+        : k(k), s(Src::Start(r, src_line)), dst(dst_line) {}
     int32_t HeadUnits() const { return Dst::HeadPairs(dst); }
     const void* Ahead() const { return s.pixels; }
     template <class Store, class Lanes = Vec>
@@ -235,31 +224,9 @@ struct Line {
         dst = Advance(dst, r.dst_skip);
     }
 
-    const DecodeConstants<Vec>& k;
+    const Constants& k;
     SourceCursor s;
     uint8_t* dst;
 };
-
-// Frame kernels walk the picture with one running pointer per plane and the
-// request's skips.
-template <class Vec, class Src, class Dst, class A>
-ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
-    const DecodeConstants<Vec> k(*r, Dst::kAlpha);
-    Line<Vec, Src, Dst, 16> line{k, Src::Start(*r, r->src_plane), r->dst_plane};
-    WalkFrame<decltype(line), A>(line, *r);
-}
-
-// Pair-mode kernels take their source line starts from the line addressing
-// and run the destination on from the end of each line by dst_skip. Lines
-// are split like those of the unaligned kernels, except that a line shorter
-// than 8 pixels (not 16) goes in pairs.
-template <class Vec, class Src, class Dst, class A>
-ZENK_KERNEL_ENTRY void PairModeKernel(const Request* r) {
-    const DecodeConstants<Vec> k(*r, Dst::kAlpha);
-    using L = Line<Vec, Src, Dst, 8>;
-    WalkPairModeFrame<L, A>(*r, [&](const uint8_t* src_line, uint8_t* dst) {
-        return L{k, Src::Start(*r, src_line), dst};
-    });
-}
 
 }  // namespace zenk::ZENK_ISA::yuv_to_rgb
