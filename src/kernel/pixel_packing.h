@@ -120,26 +120,25 @@ struct Words422 {
     typename S::V luma;
 };
 
-// UYVY16I: chroma in the low byte of each word, luma in the high byte.
-template <class S>
-inline Words422<S> UnpackUyvy(typename S::V v) {
-    return {S::And(v, S::Set16(0x00FF)), S::template Shr16<8>(v)};
-}
+// The packed 4:2:2 byte orders: UYVY16I has chroma in the low byte of each
+// word and luma in the high byte, YUYV16I the other way round. UVYY16I
+// (Cb, Cr, Y0, Y1) becomes UYVY16I (Cb, Y0, Cr, Y1) when the two middle
+// bytes of each pair change places (ExchangeMiddleBytes).
+enum class Packed { kUyvy, kYuyv, kUvyy };
 
-// YUYV16I: luma in the low byte, chroma in the high byte.
-template <class S>
-inline Words422<S> UnpackYuyv(typename S::V v) {
-    return {S::template Shr16<8>(v), S::And(v, S::Set16(0x00FF))};
+template <Packed kOrder, class S>
+inline Words422<S> UnpackWords(typename S::V v) {
+    static_assert(kOrder != Packed::kUvyy);
+    const auto low = S::And(v, S::Set16(0x00FF)), high = S::template Shr16<8>(v);
+    return kOrder == Packed::kUyvy ? Words422<S>{low, high} : Words422<S>{high, low};
 }
 
 // Words back to bytes, each saturated to 0..255.
-template <class S>
-inline typename S::V PackUyvy(const Words422<S>& w) {
-    return S::PackS16ToU8(S::Lo16(w.chroma, w.luma), S::Hi16(w.chroma, w.luma));
-}
-template <class S>
-inline typename S::V PackYuyv(const Words422<S>& w) {
-    return S::PackS16ToU8(S::Lo16(w.luma, w.chroma), S::Hi16(w.luma, w.chroma));
+template <Packed kOrder, class S>
+inline typename S::V PackWords(const Words422<S>& w) {
+    static_assert(kOrder != Packed::kUvyy);
+    const auto low = kOrder == Packed::kUyvy ? w.chroma : w.luma, high = kOrder == Packed::kUyvy ? w.luma : w.chroma;
+    return S::PackS16ToU8(S::Lo16(low, high), S::Hi16(low, high));
 }
 
 // Bytes 1 and 2 of every 4-byte pair change places: UVYY16I (Cb Cr Y0 Y1)

@@ -29,14 +29,11 @@ struct SourceCursor {
 template <class S>
 ZENK_ARITHMETIC typename S::V Widen(typename S::V bytes) { return S::Lo8(bytes, S::Zero()); }
 
-// The packed 4:2:2 byte orders. UVYY16I (Cb, Cr, Y0, Y1) becomes UYVY16I
-// (Cb, Y0, Cr, Y1) when the two middle bytes of each pair change places.
-enum class Packed { kUyvy, kYuyv, kUvyy };
-
+// Packed 4:2:2 words as YuvWords, without alpha.
 template <Packed kOrder, class S>
 ZENK_ARITHMETIC YuvWords<S> Unpack(typename S::V v) {
     if constexpr (kOrder == Packed::kUvyy) v = ExchangeMiddleBytes<S>(v);
-    const Words422<S> w = kOrder == Packed::kYuyv ? UnpackYuyv<S>(v) : UnpackUyvy<S>(v);
+    const Words422<S> w = UnpackWords<kOrder == Packed::kYuyv ? Packed::kYuyv : Packed::kUyvy, S>(v);
     return {w.chroma, w.luma, S::Zero()};
 }
 

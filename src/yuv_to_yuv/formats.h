@@ -81,18 +81,7 @@ struct ExchangeMiddleBytesRule {
 
 // ---- Change of standard ---------------------------------------------------------------
 
-template <class S>
-struct UyvyWords {
-    static Words422<S> Unpack(typename S::V v) { return UnpackUyvy<S>(v); }
-    static typename S::V Pack(const Words422<S>& w) { return PackUyvy<S>(w); }
-};
-template <class S>
-struct YuyvWords {
-    static Words422<S> Unpack(typename S::V v) { return UnpackYuyv<S>(v); }
-    static typename S::V Pack(const Words422<S>& w) { return PackYuyv<S>(w); }
-};
-
-template <class S, template <class> class In, template <class> class Out, LumaRule kLuma>
+template <class S, Packed kIn, Packed kOut, LumaRule kLuma>
 struct MatrixChange : PackedLine<4> {
     explicit MatrixChange(const Request& r) : PackedLine(r), m(r) {}
     using Vector = S;
@@ -102,9 +91,9 @@ struct MatrixChange : PackedLine<4> {
     void Block() {
         typename L::V v[2];
         L::template LoadBlock<2>(src, v);
-        auto a = In<L>::Unpack(v[0]), b = In<L>::Unpack(v[1]);
+        auto a = UnpackWords<kIn, L>(v[0]), b = UnpackWords<kIn, L>(v[1]);
         ChangeMatrix<L, kLuma>(m, a, b);
-        const typename L::V out[2] = {Out<L>::Pack(a), Out<L>::Pack(b)};
+        const typename L::V out[2] = {PackWords<kOut, L>(a), PackWords<kOut, L>(b)};
         L::template PutBlock<Store, 2>(dst, out);
         src += 32 * L::kActiveLanes;
         dst += 32 * L::kActiveLanes;
@@ -113,9 +102,9 @@ struct MatrixChange : PackedLine<4> {
     // are written with ordinary stores in the streaming kernels too.
     void Single() {
         using L = typename S::template WithLanes<1>;
-        auto a = In<L>::Unpack(L::Load32(src, 0)), b = a;
+        auto a = UnpackWords<kIn, L>(L::Load32(src, 0)), b = a;
         ChangeMatrix<L, kLuma>(m, a, b);
-        L::Put32(dst, Out<L>::Pack(a), 0);
+        L::Put32(dst, PackWords<kOut, L>(a), 0);
         src += 4;
         dst += 4;
     }

@@ -65,22 +65,4 @@ void SetupYuvMatrixChangeCoefficients(YuvMatrixChangeCoefficients* block) {
     _mm_store_si128(block->clampHigh, _mm_set1_epi16(studio ? kStudioLumaHigh : kByteHigh));
 }
 
-MatrixChangeVectors::MatrixChangeVectors(const Request& r) {
-    YuvMatrixChangeCoefficients block{};
-    block.srcMatrix = static_cast<uint32_t>(r.src_matrix);
-    block.srcRange = static_cast<uint32_t>(r.src_range);
-    block.dstMatrix = static_cast<uint32_t>(r.dst_matrix);
-    block.dstRange = static_cast<uint32_t>(r.dst_range);
-    block.bitDepth = 8;
-    block.orderFlag = 1;
-    block.clampLuma = r.clamp_luma;
-    block.fullRangeLuma = r.full_range;
-    block.lumaCorrection = &luma_correction;
-    block.cbCoefficients = &cb;
-    block.crCoefficients = &cr;
-    block.clampLow = &clamp_low;
-    block.clampHigh = &clamp_high;
-    SetupYuvMatrixChangeCoefficients(&block);
-}
-
 }  // namespace zenk::yuv_to_yuv

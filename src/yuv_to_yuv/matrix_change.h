@@ -34,17 +34,6 @@ struct YuvMatrixChangeCoefficients {
 // BT.709 -> BT.601.
 void SetupYuvMatrixChangeCoefficients(YuvMatrixChangeCoefficients* block);
 
-// The vectors of one call, on the kernel's stack, and the block that fills
-// them from a request.
-struct MatrixChangeVectors {
-    explicit MatrixChangeVectors(const Request& r);
-    __m128i luma_correction = _mm_setzero_si128();
-    __m128i cb = _mm_setzero_si128();
-    __m128i cr = _mm_setzero_si128();
-    __m128i clamp_low = _mm_setzero_si128();
-    __m128i clamp_high = _mm_setzero_si128();
-};
-
 }  // namespace zenk::yuv_to_yuv
 
 namespace zenk::ZENK_ISA::yuv_to_yuv {
@@ -62,17 +51,22 @@ using namespace ::zenk::yuv_to_yuv;
 //    correction of pixels 0-7 themselves is computed and not used.
 enum class LumaRule { kOwnPair, kCrossed };
 
-// The vectors of MatrixChangeVectors in every lane of the layer S.
+// The vectors of one call in every lane of the layer S, filled through the
+// coefficient block.
 template <class S>
 struct MatrixConstants {
     using V = typename S::V;
     explicit MatrixConstants(const Request& r) {
-        const MatrixChangeVectors m(r);
-        luma_correction = S::Broadcast(m.luma_correction);
-        cb = S::Broadcast(m.cb);
-        cr = S::Broadcast(m.cr);
-        clamp_low = S::Broadcast(m.clamp_low);
-        clamp_high = S::Broadcast(m.clamp_high);
+        __m128i v[5];
+        YuvMatrixChangeCoefficients block{static_cast<uint32_t>(r.src_matrix), static_cast<uint32_t>(r.src_range),
+                                          static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8, 1,
+                                          r.clamp_luma, r.full_range, &v[0], &v[1], &v[2], &v[3], &v[4]};
+        SetupYuvMatrixChangeCoefficients(&block);
+        luma_correction = S::Broadcast(v[0]);
+        cb = S::Broadcast(v[1]);
+        cr = S::Broadcast(v[2]);
+        clamp_low = S::Broadcast(v[3]);
+        clamp_high = S::Broadcast(v[4]);
     }
     V luma_correction, cb, cr, clamp_low, clamp_high;
 };

@@ -13,8 +13,9 @@ using Vec = Widest;
 using Copy = Reorder<Vec, CopyRule<Vec>>;
 using Exchange = Reorder<Vec, ExchangeMiddleBytesRule<Vec>>;
 using Split = SplitToPlanar<Vec>;
-template <template <class> class In, template <class> class Out, LumaRule kLuma>
-using Matrix = MatrixChange<Vec, In, Out, kLuma>;
+template <Packed kIn, Packed kOut, LumaRule kLuma = LumaRule::kOwnPair>
+using Matrix = MatrixChange<Vec, kIn, kOut, kLuma>;
+constexpr Packed kUyvy = Packed::kUyvy, kYuyv = Packed::kYuyv;
 
 }  // namespace
 
@@ -33,11 +34,11 @@ const Kernels kKernels = {
     .split_to_planar = {{&FrameKernel<Split, AlignedCached>, &FrameKernel<Split, AlignedCached>,
                          &FrameKernel<Split, AnyCached>, &FrameKernel<Split, AnyCached>}},
     .widen_to_444 = ZENK_KERNEL_QUAD(FrameKernel, WidenTo444<Vec>),
-    .matrix_uyvy_to_uyvy = ZENK_KERNEL_QUAD(FrameKernel, Matrix<UyvyWords, UyvyWords, LumaRule::kOwnPair>),
-    .matrix_yuyv_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Matrix<YuyvWords, YuyvWords, LumaRule::kOwnPair>),
-    .matrix_uyvy_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Matrix<UyvyWords, YuyvWords, LumaRule::kOwnPair>),
-    .matrix_yuyv_to_uyvy = ZENK_KERNEL_QUAD(FrameKernel, Matrix<YuyvWords, UyvyWords, LumaRule::kOwnPair>),
-    .matrix_shared_uyvy_order = ZENK_KERNEL_QUAD(FrameKernel, Matrix<UyvyWords, UyvyWords, LumaRule::kCrossed>),
+    .matrix_uyvy_to_uyvy = ZENK_KERNEL_QUAD(FrameKernel, Matrix<kUyvy, kUyvy>),
+    .matrix_yuyv_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Matrix<kYuyv, kYuyv>),
+    .matrix_uyvy_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Matrix<kUyvy, kYuyv>),
+    .matrix_yuyv_to_uyvy = ZENK_KERNEL_QUAD(FrameKernel, Matrix<kYuyv, kUyvy>),
+    .matrix_shared_uyvy_order = ZENK_KERNEL_QUAD(FrameKernel, Matrix<kUyvy, kUyvy, LumaRule::kCrossed>),
 };
 
 }  // namespace zenk::ZENK_ISA::yuv_to_yuv
