@@ -65,17 +65,6 @@ using AlignedStreaming = Access<true, true>;
 using AnyCached = Access<false, false>;
 using AnyStreaming = Access<false, true>;
 
-// Builds the quad of a kernel written as `template <class A> void K(const Request*)`.
-#define ZENK_KERNEL_QUAD(kernel_template, ...)                                            \
-    ::zenk::KernelQuad {                                                                  \
-        {                                                                                 \
-            &kernel_template<__VA_ARGS__ __VA_OPT__(, )::zenk::ZENK_ISA::AlignedCached>,            \
-                &kernel_template<__VA_ARGS__ __VA_OPT__(, )::zenk::ZENK_ISA::AlignedStreaming>,     \
-                &kernel_template<__VA_ARGS__ __VA_OPT__(, )::zenk::ZENK_ISA::AnyCached>,            \
-                &kernel_template<__VA_ARGS__ __VA_OPT__(, )::zenk::ZENK_ISA::AnyStreaming>          \
-        }                                                                                 \
-    }
-
 // One pair-mode kernel serves all four variants of its column: the request
 // chooses between its cached and its streaming instantiation.
 template <Kernel kCached, Kernel kStreaming>

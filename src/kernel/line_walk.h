@@ -158,6 +158,11 @@ ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
     }
 }
 
+// The four variants of a 1:1 format's kernel.
+template <class F>
+inline constexpr KernelQuad kFrameKernels = {
+    {&FrameKernel<F, AlignedCached>, &FrameKernel<F, AlignedStreaming>, &FrameKernel<F, AnyCached>, &FrameKernel<F, AnyStreaming>}};
+
 // A pair-mode picture: the constants once, each line's state from its
 // source line (WalkLinePairs) and the destination, which runs on from where
 // the line's last unit left it.

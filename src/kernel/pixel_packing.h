@@ -120,15 +120,12 @@ struct Words422 {
     typename S::V luma;
 };
 
-// The packed 4:2:2 byte orders: UYVY16I has chroma in the low byte of each
-// word and luma in the high byte, YUYV16I the other way round. UVYY16I
-// (Cb, Cr, Y0, Y1) becomes UYVY16I (Cb, Y0, Cr, Y1) when the two middle
-// bytes of each pair change places (ExchangeMiddleBytes).
-enum class Packed { kUyvy, kYuyv, kUvyy };
+// Two packed 4:2:2 byte orders: UYVY16I has chroma in the low byte of each
+// word and luma in the high byte, YUYV16I the other way round.
+enum class Packed { kUyvy, kYuyv };
 
 template <Packed kOrder, class S>
 inline Words422<S> UnpackWords(typename S::V v) {
-    static_assert(kOrder != Packed::kUvyy);
     const auto low = S::And(v, S::Set16(0x00FF)), high = S::template Shr16<8>(v);
     return kOrder == Packed::kUyvy ? Words422<S>{low, high} : Words422<S>{high, low};
 }
@@ -136,7 +133,6 @@ inline Words422<S> UnpackWords(typename S::V v) {
 // Words back to bytes, each saturated to 0..255.
 template <Packed kOrder, class S>
 inline typename S::V PackWords(const Words422<S>& w) {
-    static_assert(kOrder != Packed::kUvyy);
     const auto low = kOrder == Packed::kUyvy ? w.chroma : w.luma, high = kOrder == Packed::kUyvy ? w.luma : w.chroma;
     return S::PackS16ToU8(S::Lo16(low, high), S::Hi16(low, high));
 }

@@ -11,19 +11,19 @@ using Vec = Widest;
 
 // This level's kernels of every export of the family.
 const Kernels kKernels = {
-    .copy_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, Copy<Vec, 4, 4, 1>),
-    .bgr32_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Bgr32ToBgr24<Vec, false>),
-    .bgr24_to_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, Bgr24ToBgr32<Vec, false>),
-    .copy_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Copy<Vec, 3, 3, 1>),
-    .split_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, Bgr32ToBgr24<Vec, true>),
-    .extract_alpha = ZENK_KERNEL_QUAD(FrameKernel, ExtractAlpha<Vec>),
-    .merge_alpha = ZENK_KERNEL_QUAD(FrameKernel, Bgr24ToBgr32<Vec, true>),
+    .copy_bgr32 = kFrameKernels<Copy<Vec, 4, 4, 1>>,
+    .bgr32_to_bgr24 = kFrameKernels<Bgr32ToBgr24<Vec, false>>,
+    .bgr24_to_bgr32 = kFrameKernels<Bgr24ToBgr32<Vec, false>>,
+    .copy_bgr24 = kFrameKernels<Copy<Vec, 3, 3, 1>>,
+    .split_bgr32 = kFrameKernels<Bgr32ToBgr24<Vec, true>>,
+    .extract_alpha = kFrameKernels<ExtractAlpha<Vec>>,
+    .merge_alpha = kFrameKernels<Bgr24ToBgr32<Vec, true>>,
     // Alpha planes: 32-byte blocks, asking ahead once per 64-byte cache line.
-    .copy_alpha_plane = ZENK_KERNEL_QUAD(FrameKernel, Copy<Vec, 1, 2, 2>),
+    .copy_alpha_plane = kFrameKernels<Copy<Vec, 1, 2, 2>>,
     // The fill keeps 16-byte stores at every level: on the AMD EPYC the
     // wider ones measured a quarter slower filling a UHD plane, and no
     // faster in the cache (docs/performance.md).
-    .fill_alpha_plane = ZENK_KERNEL_QUAD(FrameKernel, FillAlphaPlane<Sse2>),
+    .fill_alpha_plane = kFrameKernels<FillAlphaPlane<Sse2>>,
 };
 
 }  // namespace zenk::ZENK_ISA::rgb_alpha

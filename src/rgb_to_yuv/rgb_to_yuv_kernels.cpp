@@ -51,7 +51,7 @@ ZENK_KERNEL_ENTRY void DoubleKernel(const Request* r) {
 // Frame kernels, then halve, quarter and double.
 template <class Layout>
 consteval KernelTable Table() {
-    return MakeKernelTable(ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr32Pixels, Layout>),
+    return MakeKernelTable(kFrameKernels<Frame<Bgr32Pixels, Layout>>,
                            kPairModeKernel<Frame<Bgr32EverySecond, Layout>>, kPairModeKernel<Frame<Bgr32EveryFourth, Layout>>,
                            &StoresAsRequested<&DoubleKernel<Layout, AnyCached>, &DoubleKernel<Layout, AnyStreaming>>);
 }
@@ -71,15 +71,15 @@ const Kernels kKernels = {
     .bgr32_to_uyvy = Table<Uyvy>(),
     .bgr32_to_uvyy = Table<Uvyy>(),
     .bgr32_to_y8uv = Table<Planar>(),
-    .bgr32_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr32Pixels, Yuyv>),
-    .bgr32_to_uyvy_alpha = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr32Pixels, Uyvy, true>),
-    .bgr32_to_yuyv_alpha = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr32Pixels, Yuyv, true>),
-    .bgr32_to_uvyy_alpha = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr32Pixels, Uvyy, true>),
-    .bgr32_to_y8uv_alpha = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr32Pixels, Planar, true>),
-    .bgr24_to_uyvy = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr24Pixels, Uyvy>),
-    .bgr24_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr24Pixels, Yuyv>),
-    .bgr24_to_uvyy = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr24Pixels, Uvyy>),
-    .bgr24_to_y8uv = ZENK_KERNEL_QUAD(FrameKernel, Frame<Bgr24Pixels, Planar>),
+    .bgr32_to_yuyv = kFrameKernels<Frame<Bgr32Pixels, Yuyv>>,
+    .bgr32_to_uyvy_alpha = kFrameKernels<Frame<Bgr32Pixels, Uyvy, true>>,
+    .bgr32_to_yuyv_alpha = kFrameKernels<Frame<Bgr32Pixels, Yuyv, true>>,
+    .bgr32_to_uvyy_alpha = kFrameKernels<Frame<Bgr32Pixels, Uvyy, true>>,
+    .bgr32_to_y8uv_alpha = kFrameKernels<Frame<Bgr32Pixels, Planar, true>>,
+    .bgr24_to_uyvy = kFrameKernels<Frame<Bgr24Pixels, Uyvy>>,
+    .bgr24_to_yuyv = kFrameKernels<Frame<Bgr24Pixels, Yuyv>>,
+    .bgr24_to_uvyy = kFrameKernels<Frame<Bgr24Pixels, Uvyy>>,
+    .bgr24_to_y8uv = kFrameKernels<Frame<Bgr24Pixels, Planar>>,
 };
 
 }  // namespace zenk::ZENK_ISA::rgb_to_yuv

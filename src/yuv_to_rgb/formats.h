@@ -21,109 +21,80 @@ struct SourceCursor {
     const uint8_t* alpha;
 };
 
-// A source's Block<S>(s, calls) reads one block of eight pixels (each lane
-// of a wider layer the block `calls` blocks on: a destination block may
-// take several) and moves the cursor on by one; Skip(s, blocks) moves it on
-// by the blocks the other lanes read. Pair<S>(s) reads one pixel pair.
-
 template <class S>
 ZENK_ARITHMETIC typename S::V Widen(typename S::V bytes) { return S::Lo8(bytes, S::Zero()); }
 
-// Packed 4:2:2 words as YuvWords, without alpha.
-template <Packed kOrder, class S>
+// kBytes bytes into the low bytes of each filled lane, lane j from p + j * step.
+template <class S, int32_t kBytes>
+ZENK_ARITHMETIC typename S::V LoadBytes(const uint8_t* p, int32_t step) {
+    if constexpr (kBytes == 16)
+        return S::LoadU(p, step);
+    else if constexpr (kBytes == 8)
+        return S::Load64(p, step);
+    else if constexpr (kBytes == 4)
+        return S::Load32(p, step);
+    else
+        return S::Load16(p, step);
+}
+
+// The source layouts: packed 4:2:2 (one plane of 2-byte pixels) in three
+// byte orders, or Y8PUV8I, a luma plane and an interleaved chroma plane of
+// one byte a pixel each, which share the skip.
+enum class YuvLayout { kUyvy, kYuyv, kUvyy, kPlanar };
+
+// Packed 4:2:2 words as YuvWords, without alpha. UVYY16I (Cb, Cr, Y0, Y1)
+// is UYVY16I (Cb, Y0, Cr, Y1) once the two middle bytes of each pair change
+// places.
+template <YuvLayout kLayout, class S>
 ZENK_ARITHMETIC YuvWords<S> Unpack(typename S::V v) {
-    if constexpr (kOrder == Packed::kUvyy) v = ExchangeMiddleBytes<S>(v);
-    const Words422<S> w = UnpackWords<kOrder == Packed::kYuyv ? Packed::kYuyv : Packed::kUyvy, S>(v);
+    if constexpr (kLayout == YuvLayout::kUvyy) v = ExchangeMiddleBytes<S>(v);
+    const Words422<S> w = UnpackWords<kLayout == YuvLayout::kYuyv ? Packed::kYuyv : Packed::kUyvy, S>(v);
     return {w.chroma, w.luma, S::Zero()};
 }
 
-// One plane of 2-byte pixels; a block is 16 bytes, a pair 4.
-template <Packed kOrder>
-struct PackedSource {
-    static SourceCursor Start(const Request&, const uint8_t* line) { return {line, nullptr, nullptr}; }
-    template <class S>
-    static YuvWords<S> Block(SourceCursor& s, int32_t calls) {
-        const YuvWords<S> w = Unpack<kOrder, S>(S::LoadU(s.pixels, 16 * calls));
-        s.pixels += 16;
-        return w;
-    }
-    static void Skip(SourceCursor& s, int32_t blocks) { s.pixels += 16 * blocks; }
-    template <class S>
-    static YuvWords<S> Pair(SourceCursor& s) {
-        const YuvWords<S> w = Unpack<kOrder, S>(S::Load32(s.pixels, 0));
-        s.pixels += 4;
-        return w;
-    }
-    static void NextLine(SourceCursor& s, const Request& r) { s.pixels = Advance(s.pixels, r.src_skip); }
-};
+// A source of layout kLayout and, with kAlphaPlane, an alpha plane (any
+// alignment, one byte a pixel). Read<S, 8>(s, calls) reads a block of eight
+// pixels (each further lane of a wider layer the block `calls` blocks on: a
+// destination block may take several), Read<S, 2>(s, 0) one pixel pair; both
+// move the cursor on past what they read. Skip(s, blocks) moves it on by the
+// blocks the other lanes read.
+template <YuvLayout kLayout, bool kAlphaPlane = false>
+struct Source {
+    static constexpr bool kPlanar = kLayout == YuvLayout::kPlanar;
+    static constexpr int32_t kPixelBytes = kPlanar ? 1 : 2;
 
-// The chroma plane of a Y8PUV8I picture lies src_stride * src_height bytes
-// after its luma plane. Every line, pair-mode lines included, finds its
-// chroma line at that distance from its luma line.
-inline const uint8_t* ChromaLine(const Request& r, const uint8_t* luma_line) {
-    const uintptr_t distance = static_cast<uintptr_t>(static_cast<intptr_t>(r.src_stride)) *
-                               static_cast<uintptr_t>(static_cast<intptr_t>(r.src_height));
-    return reinterpret_cast<const uint8_t*>(reinterpret_cast<uintptr_t>(luma_line) + distance);
-}
-
-// Luma plane and interleaved chroma plane, one byte a pixel each; both
-// planes share the skip.
-struct PlanarSource {
-    static SourceCursor Start(const Request& r, const uint8_t* line) { return {line, ChromaLine(r, line), nullptr}; }
-    template <class S>
-    static YuvWords<S> Block(SourceCursor& s, int32_t calls) {
-        const YuvWords<S> w = {Widen<S>(S::Load64(s.chroma, 8 * calls)), Widen<S>(S::Load64(s.pixels, 8 * calls)),
-                               S::Zero()};
-        s.pixels += 8;
-        s.chroma += 8;
+    // The chroma plane of a Y8PUV8I picture lies src_stride * src_height
+    // bytes after its luma plane. Every line, pair-mode lines included, finds
+    // its chroma line at that distance from its luma line.
+    static SourceCursor Start(const Request& r, const uint8_t* line) {
+        const uintptr_t distance = static_cast<uintptr_t>(static_cast<intptr_t>(r.src_stride)) *
+                                   static_cast<uintptr_t>(static_cast<intptr_t>(r.src_height));
+        return {line, kPlanar ? reinterpret_cast<const uint8_t*>(reinterpret_cast<uintptr_t>(line) + distance) : nullptr,
+                kAlphaPlane ? r.src_alpha_plane : nullptr};
+    }
+    template <class S, int32_t kPixels>
+    static YuvWords<S> Read(SourceCursor& s, int32_t calls) {
+        YuvWords<S> w;
+        if constexpr (kPlanar)
+            w = {Widen<S>(LoadBytes<S, kPixels>(s.chroma, kPixels * calls)),
+                 Widen<S>(LoadBytes<S, kPixels>(s.pixels, kPixels * calls)), S::Zero()};
+        else
+            w = Unpack<kLayout, S>(LoadBytes<S, 2 * kPixels>(s.pixels, 2 * kPixels * calls));
+        if constexpr (kAlphaPlane) w.alpha = Widen<S>(LoadBytes<S, kPixels>(s.alpha, kPixels * calls));
+        Move<kPixels>(s, 1);
         return w;
     }
-    static void Skip(SourceCursor& s, int32_t blocks) {
-        s.pixels += 8 * blocks;
-        s.chroma += 8 * blocks;
-    }
-    template <class S>
-    static YuvWords<S> Pair(SourceCursor& s) {
-        const YuvWords<S> w = {Widen<S>(S::Load16(s.chroma, 0)), Widen<S>(S::Load16(s.pixels, 0)), S::Zero()};
-        s.pixels += 2;
-        s.chroma += 2;
-        return w;
+    static void Skip(SourceCursor& s, int32_t blocks) { Move<8>(s, blocks); }
+    template <int32_t kPixels>
+    static void Move(SourceCursor& s, int32_t count) {
+        s.pixels += kPixels * kPixelBytes * count;
+        if constexpr (kPlanar) s.chroma += kPixels * count;
+        if constexpr (kAlphaPlane) s.alpha += kPixels * count;
     }
     static void NextLine(SourceCursor& s, const Request& r) {
         s.pixels = Advance(s.pixels, r.src_skip);
-        s.chroma = Advance(s.chroma, r.src_skip);
-    }
-};
-
-// A colour source plus its alpha plane (any alignment, one byte a pixel).
-template <class Colour>
-struct WithAlphaPlane {
-    static SourceCursor Start(const Request& r, const uint8_t* line) {
-        SourceCursor s = Colour::Start(r, line);
-        s.alpha = r.src_alpha_plane;
-        return s;
-    }
-    template <class S>
-    static YuvWords<S> Block(SourceCursor& s, int32_t calls) {
-        YuvWords<S> w = Colour::template Block<S>(s, calls);
-        w.alpha = Widen<S>(S::Load64(s.alpha, 8 * calls));
-        s.alpha += 8;
-        return w;
-    }
-    static void Skip(SourceCursor& s, int32_t blocks) {
-        Colour::Skip(s, blocks);
-        s.alpha += 8 * blocks;
-    }
-    template <class S>
-    static YuvWords<S> Pair(SourceCursor& s) {
-        YuvWords<S> w = Colour::template Pair<S>(s);
-        w.alpha = Widen<S>(S::Load16(s.alpha, 0));
-        s.alpha += 2;
-        return w;
-    }
-    static void NextLine(SourceCursor& s, const Request& r) {
-        Colour::NextLine(s, r);
-        s.alpha = Advance(s.alpha, r.src_alpha_skip);
+        if constexpr (kPlanar) s.chroma = Advance(s.chroma, r.src_skip);
+        if constexpr (kAlphaPlane) s.alpha = Advance(s.alpha, r.src_alpha_skip);
     }
 };
 
@@ -144,7 +115,7 @@ struct Bgr32 {
     static int32_t HeadPairs(const uint8_t* d) { return UnitsToBoundary(d, 8); }
     template <class S, class Src, class Store, class K>
     static void Block(const K& k, SourceCursor& s, uint8_t*& d) {
-        const YuvWords<S> w = Src::template Block<S>(s, 1);
+        const YuvWords<S> w = Src::template Read<S, 8>(s, 1);
         typename S::V px[2];
         PackBgra<S>(Decode8<S>(k, w), AlphaWords<S>(k, w), px);
         S::template PutBlock<Store, 2>(d, px);
@@ -153,7 +124,7 @@ struct Bgr32 {
     }
     template <class S, class Src, class K>
     static void Pair(const K& k, SourceCursor& s, uint8_t*& d) {
-        const YuvWords<S> w = Src::template Pair<S>(s);
+        const YuvWords<S> w = Src::template Read<S, 2>(s, 0);
         typename S::V px[2];
         PackBgra<S>(Decode8<S>(k, w), AlphaWords<S>(k, w), px);
         S::Put64(d, px[0], 0);
@@ -170,8 +141,8 @@ struct Bgr24 {
     template <class S, class Src, class Store, class K>
     static void Block(const K& k, SourceCursor& s, uint8_t*& d) {
         typename S::V px[4];
-        PackBgra<S>(Decode8<S>(k, Src::template Block<S>(s, 2)), k.alpha, px);
-        PackBgra<S>(Decode8<S>(k, Src::template Block<S>(s, 2)), k.alpha, px + 2);
+        PackBgra<S>(Decode8<S>(k, Src::template Read<S, 8>(s, 2)), k.alpha, px);
+        PackBgra<S>(Decode8<S>(k, Src::template Read<S, 8>(s, 2)), k.alpha, px + 2);
         typename S::V out[3];
         PackBgr24<S>(px, out);
         S::template PutBlock<Store, 3>(d, out);
@@ -183,7 +154,7 @@ struct Bgr24 {
     template <class S, class Src, class K>
     static void Pair(const K& k, SourceCursor& s, uint8_t*& d) {
         typename S::V px[2];
-        PackBgra<S>(Decode8<S>(k, Src::template Pair<S>(s)), k.alpha, px);
+        PackBgra<S>(Decode8<S>(k, Src::template Read<S, 2>(s, 0)), k.alpha, px);
         const auto six = PackFourBgr<S>(px[0]);
         S::Put32(d, six, 0);
         S::Put32(d + 2, S::template ShrBytes<2>(six), 0);

@@ -15,9 +15,10 @@ using Frame = Line<Vec, Src, Dst, 16>;
 template <class Src, class Dst>
 constexpr Kernel kPairMode = kPairModeKernel<Line<Vec, Src, Dst, 8>>;
 
-using Uyvy = PackedSource<Packed::kUyvy>;
-using Yuyv = PackedSource<Packed::kYuyv>;
-using Uvyy = PackedSource<Packed::kUvyy>;
+using Uyvy = Source<YuvLayout::kUyvy>;
+using Yuyv = Source<YuvLayout::kYuyv>;
+using Uvyy = Source<YuvLayout::kUvyy>;
+using Planar = Source<YuvLayout::kPlanar>;
 using WordAlpha = Bgr32<AlphaForm::kWord>;
 using DwordAlpha = Bgr32<AlphaForm::kDword>;
 using PlaneAlpha = Bgr32<AlphaForm::kPlane>;
@@ -34,23 +35,23 @@ constexpr KernelQuad WordThenDwordAlpha() {
 
 // This level's kernels of every decoding export.
 const Kernels kKernels = {
-    .uyvy_to_bgr32 = MakeKernelTable(ZENK_KERNEL_QUAD(FrameKernel, Frame<Uyvy, WordAlpha>), kPairMode<Uyvy, WordAlpha>,
+    .uyvy_to_bgr32 = MakeKernelTable(kFrameKernels<Frame<Uyvy, WordAlpha>>, kPairMode<Uyvy, WordAlpha>,
                                      kPairMode<Uyvy, WordAlpha>),
-    .planar_to_bgr32 = MakeKernelTable(WordThenDwordAlpha<PlanarSource>(), kPairMode<PlanarSource, DwordAlpha>,
-                                       kPairMode<PlanarSource, DwordAlpha>),
+    .planar_to_bgr32 = MakeKernelTable(WordThenDwordAlpha<Planar>(), kPairMode<Planar, DwordAlpha>,
+                                       kPairMode<Planar, DwordAlpha>),
     .yuyv_to_bgr32 = WordThenDwordAlpha<Yuyv>(),
-    .uyvy_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Frame<Uyvy, Bgr24>),
-    .yuyv_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Frame<Yuyv, Bgr24>),
-    .uvyy_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Frame<Uvyy, Bgr24>),
-    .planar_to_bgr24 = ZENK_KERNEL_QUAD(FrameKernel, Frame<PlanarSource, Bgr24>),
-    .yuyv_alpha_to_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, Frame<WithAlphaPlane<Yuyv>, PlaneAlpha>),
-    .uyvy_alpha_to_bgr32 = ZENK_KERNEL_QUAD(FrameKernel, Frame<WithAlphaPlane<Uyvy>, PlaneAlpha>),
+    .uyvy_to_bgr24 = kFrameKernels<Frame<Uyvy, Bgr24>>,
+    .yuyv_to_bgr24 = kFrameKernels<Frame<Yuyv, Bgr24>>,
+    .uvyy_to_bgr24 = kFrameKernels<Frame<Uvyy, Bgr24>>,
+    .planar_to_bgr24 = kFrameKernels<Frame<Planar, Bgr24>>,
+    .yuyv_alpha_to_bgr32 = kFrameKernels<Frame<Source<YuvLayout::kYuyv, true>, PlaneAlpha>>,
+    .uyvy_alpha_to_bgr32 = kFrameKernels<Frame<Source<YuvLayout::kUyvy, true>, PlaneAlpha>>,
     // Ordinary stores in every entry: use_streaming_stores chooses between
     // two identical kernels.
-    .planar_alpha_to_bgr32 = {{&FrameKernel<Frame<WithAlphaPlane<PlanarSource>, PlaneAlpha>, AlignedCached>,
-                               &FrameKernel<Frame<WithAlphaPlane<PlanarSource>, PlaneAlpha>, AlignedCached>,
-                               &FrameKernel<Frame<WithAlphaPlane<PlanarSource>, PlaneAlpha>, AnyCached>,
-                               &FrameKernel<Frame<WithAlphaPlane<PlanarSource>, PlaneAlpha>, AnyCached>}},
+    .planar_alpha_to_bgr32 = {{&FrameKernel<Frame<Source<YuvLayout::kPlanar, true>, PlaneAlpha>, AlignedCached>,
+                               &FrameKernel<Frame<Source<YuvLayout::kPlanar, true>, PlaneAlpha>, AlignedCached>,
+                               &FrameKernel<Frame<Source<YuvLayout::kPlanar, true>, PlaneAlpha>, AnyCached>,
+                               &FrameKernel<Frame<Source<YuvLayout::kPlanar, true>, PlaneAlpha>, AnyCached>}},
 };
 
 }  // namespace zenk::ZENK_ISA::yuv_to_rgb

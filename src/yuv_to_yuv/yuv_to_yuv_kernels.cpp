@@ -21,8 +21,8 @@ constexpr Packed kUyvy = Packed::kUyvy, kYuyv = Packed::kYuyv;
 
 // This level's kernels of every export of the family.
 const Kernels kKernels = {
-    .copy_packed = ZENK_KERNEL_QUAD(FrameKernel, Copy),
-    .swap_word_bytes = ZENK_KERNEL_QUAD(FrameKernel, Reorder<Vec, SwapWordBytesRule<Vec>>),
+    .copy_packed = kFrameKernels<Copy>,
+    .swap_word_bytes = kFrameKernels<Reorder<Vec, SwapWordBytesRule<Vec>>>,
     // The exchange exists only as an aligned kernel. Unaligned requests with
     // these formats run the plain copy, so their bytes keep the source
     // order; hosts are given exactly that, and it is kept.
@@ -33,12 +33,12 @@ const Kernels kKernels = {
     // The split writes with ordinary stores whatever use_streaming_stores says.
     .split_to_planar = {{&FrameKernel<Split, AlignedCached>, &FrameKernel<Split, AlignedCached>,
                          &FrameKernel<Split, AnyCached>, &FrameKernel<Split, AnyCached>}},
-    .widen_to_444 = ZENK_KERNEL_QUAD(FrameKernel, WidenTo444<Vec>),
-    .matrix_uyvy_to_uyvy = ZENK_KERNEL_QUAD(FrameKernel, Matrix<kUyvy, kUyvy>),
-    .matrix_yuyv_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Matrix<kYuyv, kYuyv>),
-    .matrix_uyvy_to_yuyv = ZENK_KERNEL_QUAD(FrameKernel, Matrix<kUyvy, kYuyv>),
-    .matrix_yuyv_to_uyvy = ZENK_KERNEL_QUAD(FrameKernel, Matrix<kYuyv, kUyvy>),
-    .matrix_shared_uyvy_order = ZENK_KERNEL_QUAD(FrameKernel, Matrix<kUyvy, kUyvy, LumaRule::kCrossed>),
+    .widen_to_444 = kFrameKernels<WidenTo444<Vec>>,
+    .matrix_uyvy_to_uyvy = kFrameKernels<Matrix<kUyvy, kUyvy>>,
+    .matrix_yuyv_to_yuyv = kFrameKernels<Matrix<kYuyv, kYuyv>>,
+    .matrix_uyvy_to_yuyv = kFrameKernels<Matrix<kUyvy, kYuyv>>,
+    .matrix_yuyv_to_uyvy = kFrameKernels<Matrix<kYuyv, kUyvy>>,
+    .matrix_shared_uyvy_order = kFrameKernels<Matrix<kUyvy, kUyvy, LumaRule::kCrossed>>,
 };
 
 }  // namespace zenk::ZENK_ISA::yuv_to_yuv
