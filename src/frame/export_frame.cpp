@@ -14,29 +14,41 @@ void RunTableExport(const KernelTable& table, const Request* r) {
     if (kernel != nullptr) kernel(r);
 }
 
+namespace {
+
+// The request of an alpha pass: the source alpha plane as its source and,
+// unless the destination is itself an alpha plane, the destination alpha
+// plane as its destination.
+Request AlphaPass(const Request& r, bool to_alpha_plane) {
+    Request alpha = r;
+    alpha.src_plane = r.src_alpha_plane;
+    alpha.src_stride = r.src_alpha_stride;
+    alpha.src_skip = r.src_alpha_skip;
+    if (to_alpha_plane) {
+        alpha.dst_plane = r.dst_alpha_plane;
+        alpha.dst_stride = r.dst_alpha_stride;
+        alpha.dst_skip = r.dst_alpha_skip;
+    }
+    return alpha;
+}
+
+}  // namespace
+
+// The fill reads nothing from its source.
 void RunConstantAlphaComposite(ExportFunction colour, const Request* r) {
     colour(r);
-    Request alpha = *r;
-    alpha.src_plane = nullptr;
-    alpha.src_stride = 0;
-    alpha.src_skip = 0;
-    alpha.dst_plane = r->dst_alpha_plane;
-    alpha.dst_stride = r->dst_alpha_stride;
-    alpha.dst_skip = r->dst_alpha_skip;
+    const Request alpha = AlphaPass(*r, true);
     ZENK_SSE2_A8C_A8P_EX(&alpha);
 }
 
-void RunAlphaCopyComposite(ExportFunction colour, AlphaDestination where, const Request* r) {
-    if (colour != nullptr) colour(r);
-    Request alpha = *r;
-    alpha.src_plane = r->src_alpha_plane;
-    alpha.src_stride = r->src_alpha_stride;
-    alpha.src_skip = r->src_alpha_skip;
-    if (where == AlphaDestination::kAlphaPlane) {
-        alpha.dst_plane = r->dst_alpha_plane;
-        alpha.dst_stride = r->dst_alpha_stride;
-        alpha.dst_skip = r->dst_alpha_skip;
-    }
+void RunAlphaCopyComposite(ExportFunction colour, const Request* r) {
+    colour(r);
+    const Request alpha = AlphaPass(*r, true);
+    ZENK_SSE2_A8P_A8P_EX(&alpha);
+}
+
+void CopySourceAlphaPlane(const Request* r) {
+    const Request alpha = AlphaPass(*r, false);
     ZENK_SSE2_A8P_A8P_EX(&alpha);
 }
 

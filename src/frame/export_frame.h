@@ -39,14 +39,9 @@ inline bool PassesSide(const uint8_t* plane, int32_t stride, int32_t line, const
 }
 
 inline bool Passes(const AlignmentTest& t, const Request& r) {
-    if (t.tests_source &&
-        !PassesSide(r.src_plane, r.src_stride, t.source.uses_src_width ? r.src_width : r.width, t.source))
-        return false;
-    if (t.tests_destination &&
-        !PassesSide(r.dst_plane, r.dst_stride, t.destination.uses_src_width ? r.src_width : r.width,
-                    t.destination))
-        return false;
-    return true;
+    return PassesSide(r.dst_plane, r.dst_stride, r.width, t.destination) &&
+           (t.source.width_unit == 0 ||
+            PassesSide(r.src_plane, r.src_stride, t.source_uses_src_width ? r.src_width : r.width, t.source));
 }
 
 // Four-kernel exports: test, pick the variant, run it once.
@@ -69,11 +64,12 @@ using ExportFunction = void(ZENK_CALL*)(const ZenkConversionRequest*);
 // filled with the low byte of alpha_value over src_height lines of width.
 void RunConstantAlphaComposite(ExportFunction colour, const Request* r);
 
-// Colour pass (none where the destination is A8P), then the source alpha
-// plane copied to the destination alpha plane, or to the destination plane
-// itself where the destination is A8P.
-enum class AlphaDestination { kAlphaPlane, kDestinationPlane };
-void RunAlphaCopyComposite(ExportFunction colour, AlphaDestination where, const Request* r);
+// Colour pass, then the source alpha plane copied to the destination alpha
+// plane.
+void RunAlphaCopyComposite(ExportFunction colour, const Request* r);
+
+// The source alpha plane copied to the destination plane (an A8P destination).
+void CopySourceAlphaPlane(const Request* r);
 
 // ---- Plain entry points --------------------------------------------------------
 

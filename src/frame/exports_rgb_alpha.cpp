@@ -6,11 +6,7 @@
 using namespace zenk;
 using namespace zenk::rgb_alpha;
 
-namespace {
-
-const Kernels& Level() { return AtActiveLevel(kKernelsAt); }
-
-}  // namespace
+static const Kernels& Level() { return AtActiveLevel(kKernelsAt); }
 
 // Four-kernel exports.
 ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_BGR32I_EX) { RunFourKernel(kCopyBgr32Test, Level().copy_bgr32, request); }
@@ -25,12 +21,10 @@ ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_BGR32I_EX) { RunFourKernel(kExtractAlphaTest,
 
 // Composites.
 ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_BGR24IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_BGR24I_BGR24I_EX, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_BGR24IA8P_EX) {
-    RunAlphaCopyComposite(ZENK_SSE2_BGR24I_BGR24I_EX, AlphaDestination::kAlphaPlane, request);
-}
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_A8P_EX) { RunAlphaCopyComposite(nullptr, AlphaDestination::kDestinationPlane, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_UYVY16IA8P_A8P_EX) { RunAlphaCopyComposite(nullptr, AlphaDestination::kDestinationPlane, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_YUYV16IA8P_A8P_EX) { RunAlphaCopyComposite(nullptr, AlphaDestination::kDestinationPlane, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_BGR24IA8P_EX) { RunAlphaCopyComposite(ZENK_SSE2_BGR24I_BGR24I_EX, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_A8P_EX) { CopySourceAlphaPlane(request); }
+ZENK_EXPORT_EX(ZENK_SSE2_UYVY16IA8P_A8P_EX) { CopySourceAlphaPlane(request); }
+ZENK_EXPORT_EX(ZENK_SSE2_YUYV16IA8P_A8P_EX) { CopySourceAlphaPlane(request); }
 
 // Plain entry points.
 ZENK_PLAIN_EXPORT(BGR32I_BGR32I, PlainFullRange::kNotSet)

@@ -6,11 +6,7 @@
 using namespace zenk;
 using namespace zenk::rgb_to_yuv;
 
-namespace {
-
-const Kernels& Level() { return AtActiveLevel(kKernelsAt); }
-
-}  // namespace
+static const Kernels& Level() { return AtActiveLevel(kKernelsAt); }
 
 // Table exports.
 ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_UYVY16I_EX) { RunTableExport(Level().bgr32_to_uyvy, request); }
@@ -37,18 +33,10 @@ ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_UYVY16IA8P_EX) { RunConstantAlphaComposite(ZENK_
 ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_UVYY16IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_BGR24I_UVYY16I_EX, request); }
 
 // BGR24 colour with the source's alpha plane copied.
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_YUYV16IA8P_EX) {
-    RunAlphaCopyComposite(ZENK_SSE2_BGR24I_YUYV16I_EX, AlphaDestination::kAlphaPlane, request);
-}
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_Y8PUV8IA8P_EX) {
-    RunAlphaCopyComposite(ZENK_SSE2_BGR24I_Y8PUV8I_EX, AlphaDestination::kAlphaPlane, request);
-}
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_UYVY16IA8P_EX) {
-    RunAlphaCopyComposite(ZENK_SSE2_BGR24I_UYVY16I_EX, AlphaDestination::kAlphaPlane, request);
-}
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_UVYY16IA8P_EX) {
-    RunAlphaCopyComposite(ZENK_SSE2_BGR24I_UVYY16I_EX, AlphaDestination::kAlphaPlane, request);
-}
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_YUYV16IA8P_EX) { RunAlphaCopyComposite(ZENK_SSE2_BGR24I_YUYV16I_EX, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_Y8PUV8IA8P_EX) { RunAlphaCopyComposite(ZENK_SSE2_BGR24I_Y8PUV8I_EX, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_UYVY16IA8P_EX) { RunAlphaCopyComposite(ZENK_SSE2_BGR24I_UYVY16I_EX, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_UVYY16IA8P_EX) { RunAlphaCopyComposite(ZENK_SSE2_BGR24I_UVYY16I_EX, request); }
 
 // Plain entry points.
 ZENK_PLAIN_EXPORT(BGR32I_YUYV16I, PlainFullRange::kFromRange)

@@ -6,11 +6,7 @@
 using namespace zenk;
 using namespace zenk::yuv_to_rgb;
 
-namespace {
-
-const Kernels& Level() { return AtActiveLevel(kKernelsAt); }
-
-}  // namespace
+static const Kernels& Level() { return AtActiveLevel(kKernelsAt); }
 
 // Table exports.
 ZENK_EXPORT_EX(ZENK_SSE2_UYVY16I_BGR32I_EX) { RunTableExport(Level().uyvy_to_bgr32, request); }
@@ -31,12 +27,8 @@ ZENK_EXPORT_EX(ZENK_SSE2_Y8PUV8I_BGR24IA8P_EX) { RunConstantAlphaComposite(ZENK_
 ZENK_EXPORT_EX(ZENK_SSE2_UVYY16I_BGR24IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_UVYY16I_BGR24I_EX, request); }
 ZENK_EXPORT_EX(ZENK_SSE2_YUYV16I_BGR24IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_YUYV16I_BGR24I_EX, request); }
 ZENK_EXPORT_EX(ZENK_SSE2_UYVY16I_BGR24IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_UYVY16I_BGR24I_EX, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_YUYV16IA8P_BGR24IA8P_EX) {
-    RunAlphaCopyComposite(ZENK_SSE2_YUYV16I_BGR24I_EX, AlphaDestination::kAlphaPlane, request);
-}
-ZENK_EXPORT_EX(ZENK_SSE2_UYVY16IA8P_BGR24IA8P_EX) {
-    RunAlphaCopyComposite(ZENK_SSE2_UYVY16I_BGR24I_EX, AlphaDestination::kAlphaPlane, request);
-}
+ZENK_EXPORT_EX(ZENK_SSE2_YUYV16IA8P_BGR24IA8P_EX) { RunAlphaCopyComposite(ZENK_SSE2_YUYV16I_BGR24I_EX, request); }
+ZENK_EXPORT_EX(ZENK_SSE2_UYVY16IA8P_BGR24IA8P_EX) { RunAlphaCopyComposite(ZENK_SSE2_UYVY16I_BGR24I_EX, request); }
 
 // Plain entry points: full_range is set when the range argument is 1.
 ZENK_PLAIN_EXPORT_WITH_ALPHA(UYVY16I_BGR32I, PlainFullRange::kFromRange)

@@ -65,32 +65,23 @@ consteval KernelTable MakeKernelTable(const KernelQuad& frame, Kernel column1, K
 }
 
 // One side of an export's alignment test: plane 16-aligned, pitch a
-// multiple of `stride_unit` (0: pitch not tested), and the line length
-// (`width`, or `src_width` where the export tests that) a multiple of
-// `width_unit`.
+// multiple of `stride_unit` (0: pitch not tested), and the line length a
+// multiple of `width_unit`. The line length is `width`, or `src_width` for
+// a source side that the export tests so; a source side of width_unit 0 is
+// not tested at all.
 struct SideTest {
-    uint32_t stride_unit;
-    uint32_t width_unit;
-    bool uses_src_width;
+    uint32_t stride_unit = 0, width_unit = 0;
 };
 
 struct AlignmentTest {
-    bool tests_source;
-    SideTest source;
-    bool tests_destination;
     SideTest destination;
+    SideTest source;
+    bool source_uses_src_width = false;
 };
-
-consteval AlignmentTest DestinationTest(uint32_t stride_unit, uint32_t width_unit) {
-    return {false, {0, 0, false}, true, {stride_unit, width_unit, false}};
-}
-consteval AlignmentTest BothSidesTest(SideTest source, SideTest destination) {
-    return {true, source, true, destination};
-}
 
 // The fixed masks of the five table exports, whichever side is the 16-bit or
 // the 32-bit one.
-inline constexpr AlignmentTest kTableExportTest = BothSidesTest({32, 4, false}, {16, 8, false});
+inline constexpr AlignmentTest kTableExportTest = {{16, 8}, {32, 4}};
 
 // ---- Instruction-set levels ---------------------------------------------------------------
 

@@ -33,10 +33,10 @@ struct Kernels {
     KernelQuad matrix_shared_uyvy_order;
 };
 
-inline constexpr AlignmentTest kPackedBothSides32 = BothSidesTest({32, 16, true}, {32, 16, false});
-inline constexpr AlignmentTest kPackedBothSides16 = BothSidesTest({16, 16, true}, {16, 16, false});
-inline constexpr AlignmentTest kDestination16 = DestinationTest(16, 16);
-inline constexpr AlignmentTest kWidenDestination = DestinationTest(32, 8);
+inline constexpr AlignmentTest kPackedBothSides32 = {{32, 16}, {32, 16}, true};
+inline constexpr AlignmentTest kPackedBothSides16 = {{16, 16}, {16, 16}, true};
+inline constexpr AlignmentTest kDestination16 = {{16, 16}};
+inline constexpr AlignmentTest kWidenDestination = {{32, 8}};
 
 }  // namespace zenk::yuv_to_yuv
 
