@@ -57,12 +57,8 @@ IsaLevel CapIsaLevel(IsaLevel supported, const char* setting) {
 }
 
 const char* IsaLevelName(IsaLevel level) {
-    switch (level) {
-        case IsaLevel::kSse2: return "sse2";
-        case IsaLevel::kAvx2: return "avx2";
-        case IsaLevel::kAvx512: return "avx512";
-    }
-    return "sse2";
+    static constexpr const char* kNames[kIsaLevelCount] = {"sse2", "avx2", "avx512"};
+    return kNames[static_cast<int>(level)];
 }
 
 IsaLevel ActiveIsaLevel() { return g_active_level; }

@@ -3,10 +3,7 @@
 namespace zenk {
 namespace {
 
-// A line start moved by a signed 32-bit amount.
-const uint8_t* Advance(const uint8_t* p, int32_t bytes) {
-    return reinterpret_cast<const uint8_t*>(reinterpret_cast<uintptr_t>(p) + static_cast<intptr_t>(bytes));
-}
+using ZENK_ISA::Advance;
 
 // Advances are 32-bit quantities that wrap like the host's own arithmetic.
 int32_t Wrap32(int64_t value) { return static_cast<int32_t>(static_cast<uint32_t>(value)); }

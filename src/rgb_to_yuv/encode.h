@@ -106,39 +106,27 @@ struct Bgr32Pixels {
     static Quads<S> Pair(const uint8_t* s) { return QuadsFromBgr32<S>(S::Load64(s, 0), S::Zero()); }
 };
 
-// Reduction by 2: pixels 0 and 2 of every four form the pair.
-struct Bgr32EverySecond {
-    static constexpr int kPairBytes = 16;
-    static constexpr int kBlockBytes = 64;
+// Reduction by kFactor: pixels 0 and kFactor of every 2 kFactor form the
+// pair; by 2 from one 16-byte load, by 4 from two 8-byte loads 16 bytes
+// apart.
+template <int kFactor>
+struct Bgr32Reduced {
+    static constexpr int kPairBytes = 8 * kFactor;
+    static constexpr int kBlockBytes = 4 * kPairBytes;
     template <class S>
-    static typename S::V Pixels02(const uint8_t* s, int32_t step) {
-        return S::template Shuffle32<Pick(0, 2, 1, 3)>(S::LoadU(s, step));
+    static typename S::V PairAt(const uint8_t* s, int32_t step) {
+        if constexpr (kFactor == 2)
+            return S::template Shuffle32<Pick(0, 2, 1, 3)>(S::LoadU(s, step));
+        else
+            return S::Lo32(S::Load64(s, step), S::Load64(s + 16, step));
     }
     template <class S>
     static Quads<S> Block(const uint8_t* s) {
-        return QuadsFromBgr32<S>(S::Lo64(Pixels02<S>(s, kBlockBytes), Pixels02<S>(s + 16, kBlockBytes)),
-                                 S::Lo64(Pixels02<S>(s + 32, kBlockBytes), Pixels02<S>(s + 48, kBlockBytes)));
+        const auto at = [s](int i) { return PairAt<S>(s + i * kPairBytes, kBlockBytes); };
+        return QuadsFromBgr32<S>(S::Lo64(at(0), at(1)), S::Lo64(at(2), at(3)));
     }
     template <class S>
-    static Quads<S> Pair(const uint8_t* s) { return QuadsFromBgr32<S>(Pixels02<S>(s, 0), S::Zero()); }
-};
-
-// Reduction by 4: pixels 0 and 4 of every eight, from two 8-byte loads 16
-// bytes apart.
-struct Bgr32EveryFourth {
-    static constexpr int kPairBytes = 32;
-    static constexpr int kBlockBytes = 128;
-    template <class S>
-    static typename S::V Pixels04(const uint8_t* s, int32_t step) {
-        return S::Lo32(S::Load64(s, step), S::Load64(s + 16, step));
-    }
-    template <class S>
-    static Quads<S> Block(const uint8_t* s) {
-        return QuadsFromBgr32<S>(S::Lo64(Pixels04<S>(s, kBlockBytes), Pixels04<S>(s + 32, kBlockBytes)),
-                                 S::Lo64(Pixels04<S>(s + 64, kBlockBytes), Pixels04<S>(s + 96, kBlockBytes)));
-    }
-    template <class S>
-    static Quads<S> Pair(const uint8_t* s) { return QuadsFromBgr32<S>(Pixels04<S>(s, 0), S::Zero()); }
+    static Quads<S> Pair(const uint8_t* s) { return QuadsFromBgr32<S>(PairAt<S>(s, 0), S::Zero()); }
 };
 
 // BGR24: overlapping 8-byte loads put each pair at the bottom of a 64-bit

@@ -52,7 +52,7 @@ ZENK_KERNEL_ENTRY void DoubleKernel(const Request* r) {
 template <class Layout>
 consteval KernelTable Table() {
     return MakeKernelTable(kFrameKernels<Frame<Bgr32Pixels, Layout>>,
-                           kPairModeKernel<Frame<Bgr32EverySecond, Layout>>, kPairModeKernel<Frame<Bgr32EveryFourth, Layout>>,
+                           kPairModeKernel<Frame<Bgr32Reduced<2>, Layout>>, kPairModeKernel<Frame<Bgr32Reduced<4>, Layout>>,
                            &StoresAsRequested<&DoubleKernel<Layout, AnyCached>, &DoubleKernel<Layout, AnyStreaming>>);
 }
 

@@ -35,48 +35,45 @@ struct PackedLine {
     uint8_t* dst;
 };
 
-// A format that rearranges bytes: Rule::Vector turns source bytes into
-// destination bytes within each 4-byte pair, for a block and for a single
-// pair alike. Streaming kernels keep their pairs out of the cache too.
-template <class S, class Rule>
+// The byte moves within each 4-byte pair: none (a copy), the two bytes of
+// every 16-bit word changing places (UYVY16I <-> YUYV16I), and the two
+// middle bytes changing places (UVYY16I <-> UYVY16I, the same move both
+// ways).
+enum class ByteMove { kCopy, kSwapWordBytes, kExchangeMiddleBytes };
+
+// A format that rearranges bytes, for a block and for a single pair alike.
+// Streaming kernels keep their pairs out of the cache too.
+template <class S, ByteMove kMove>
 struct Reorder : PackedLine<4> {
     using PackedLine::PackedLine;
     using Vector = S;
     static constexpr int32_t kBlockUnits = 8;
     static constexpr bool kStreamEnds = true;
+    template <class L>
+    static typename L::V Move(typename L::V v) {
+        if constexpr (kMove == ByteMove::kSwapWordBytes)
+            return L::Or(L::template Shl16<8>(v), L::template Shr16<8>(v));
+        else if constexpr (kMove == ByteMove::kExchangeMiddleBytes)
+            return ExchangeMiddleBytes<L>(v);
+        else
+            return v;
+    }
     // Every 4-byte pair is rearranged on its own, so the lanes take
     // consecutive 16 bytes whatever the block.
     template <class Store, class L = S>
     void Block() {
         constexpr int32_t kBytes = 16 * L::kActiveLanes;
-        L::template Put<Store>(dst, Rule::Vector(L::LoadU(src, 16)), 16);
-        L::template Put<Store>(dst + kBytes, Rule::Vector(L::LoadU(src + kBytes, 16)), 16);
+        L::template Put<Store>(dst, Move<L>(L::LoadU(src, 16)), 16);
+        L::template Put<Store>(dst + kBytes, Move<L>(L::LoadU(src + kBytes, 16)), 16);
         src += 2 * kBytes;
         dst += 2 * kBytes;
     }
     void Single() {
         using L = typename S::template WithLanes<1>;
-        L::Put32(dst, Rule::Vector(L::Load32(src, 0)), 0);
+        L::Put32(dst, Move<L>(L::Load32(src, 0)), 0);
         src += 4;
         dst += 4;
     }
-};
-
-template <class S>
-struct CopyRule {
-    static typename S::V Vector(typename S::V v) { return v; }
-};
-
-// UYVY16I <-> YUYV16I: the two bytes of every 16-bit word change places.
-template <class S>
-struct SwapWordBytesRule {
-    static typename S::V Vector(typename S::V v) { return S::Or(S::template Shl16<8>(v), S::template Shr16<8>(v)); }
-};
-
-// UVYY16I -> UYVY16I and UYVY16I -> UVYY16I are the same move.
-template <class S>
-struct ExchangeMiddleBytesRule {
-    static typename S::V Vector(typename S::V v) { return ExchangeMiddleBytes<S>(v); }
 };
 
 // ---- Change of standard ---------------------------------------------------------------

@@ -10,8 +10,8 @@ namespace {
 // The widest vector layer of this level.
 using Vec = Widest;
 
-using Copy = Reorder<Vec, CopyRule<Vec>>;
-using Exchange = Reorder<Vec, ExchangeMiddleBytesRule<Vec>>;
+using Copy = Reorder<Vec, ByteMove::kCopy>;
+using Exchange = Reorder<Vec, ByteMove::kExchangeMiddleBytes>;
 using Split = SplitToPlanar<Vec>;
 template <Packed kIn, Packed kOut, LumaRule kLuma = LumaRule::kOwnPair>
 using Matrix = MatrixChange<Vec, kIn, kOut, kLuma>;
@@ -22,7 +22,7 @@ constexpr Packed kUyvy = Packed::kUyvy, kYuyv = Packed::kYuyv;
 // This level's kernels of every export of the family.
 const Kernels kKernels = {
     .copy_packed = kFrameKernels<Copy>,
-    .swap_word_bytes = kFrameKernels<Reorder<Vec, SwapWordBytesRule<Vec>>>,
+    .swap_word_bytes = kFrameKernels<Reorder<Vec, ByteMove::kSwapWordBytes>>,
     // The exchange exists only as an aligned kernel. Unaligned requests with
     // these formats run the plain copy, so their bytes keep the source
     // order; hosts are given exactly that, and it is kept.
