@@ -31,49 +31,15 @@ constexpr WeightSet kBt709Studio{5983, 20127, 2032, 14392, -11094, -3298, 14392,
 constexpr WeightSet kBt709FullSwingChroma{6966, 23436, 2366, 16448, -12679, -3769, 16448, -14940, -1508};
 constexpr WeightSet kBt709StudioChroma{6966, 23436, 2366, 14392, -11094, -3298, 14392, -13073, -1320};
 
-// A set as the kernels use it: word quads repeated twice, to be multiplied
-// with a pixel pair arranged as (B0, G0, R0, B1) and (R0, B1, G1, R1).
-struct alignas(16) VectorSet {
-    int16_t luma_a[8];          // (Kb, Kg, 0, Kb)
-    int16_t luma_b[8];          // (Kr, 0, Kg, Kr)
-    int16_t point_chroma_a[8];  // (CbB, CbG, 0, CrB): Cb of pixel 0, Cr of pixel 1
-    int16_t point_chroma_b[8];  // (CbR, 0, CrG, CrR)
-    int16_t cb_a[8];            // per pixel: (CbB, CbG, 0, CbB)
-    int16_t cb_b[8];            //            (CbR, 0, CbG, CbR)
-    int16_t cr_a[8];            //            (CrB, CrG, 0, CrB)
-    int16_t cr_b[8];            //            (CrR, 0, CrG, CrR)
-};
+// BT.709 then BT.601: studio, full range with full-swing chroma, full range
+// with studio chroma.
+constexpr const WeightSet* kSets[2][3] = {{&kBt709Studio, &kBt709FullSwingChroma, &kBt709StudioChroma},
+                                          {&kBt601Studio, &kBt601FullSwingChroma, &kBt601StudioChroma}};
 
-constexpr VectorSet Vectors(const WeightSet& w) {
-    VectorSet v{};
-    auto quad = [](int16_t (&out)[8], int16_t a, int16_t b, int16_t c, int16_t d) {
-        for (int i = 0; i < 8; i += 4) {
-            out[i] = a;
-            out[i + 1] = b;
-            out[i + 2] = c;
-            out[i + 3] = d;
-        }
-    };
-    quad(v.luma_a, w.kb, w.kg, 0, w.kb);
-    quad(v.luma_b, w.kr, 0, w.kg, w.kr);
-    quad(v.point_chroma_a, w.cb_b, w.cb_g, 0, w.cr_b);
-    quad(v.point_chroma_b, w.cb_r, 0, w.cr_g, w.cr_r);
-    quad(v.cb_a, w.cb_b, w.cb_g, 0, w.cb_b);
-    quad(v.cb_b, w.cb_r, 0, w.cb_g, w.cb_r);
-    quad(v.cr_a, w.cr_b, w.cr_g, 0, w.cr_b);
-    quad(v.cr_b, w.cr_r, 0, w.cr_g, w.cr_r);
-    return v;
-}
-
-constexpr VectorSet kVectors[2][3] = {
-    // BT.709: studio, full range with full-swing chroma, full range with studio chroma.
-    {Vectors(kBt709Studio), Vectors(kBt709FullSwingChroma), Vectors(kBt709StudioChroma)},
-    // BT.601.
-    {Vectors(kBt601Studio), Vectors(kBt601FullSwingChroma), Vectors(kBt601StudioChroma)},
-};
-
-inline void Copy(__m128i* target, const int16_t (&words)[8]) {
-    _mm_store_si128(target, _mm_load_si128(reinterpret_cast<const __m128i*>(words)));
+// A word quad repeated twice, to be multiplied with a pixel pair arranged as
+// (B0, G0, R0, B1) and (R0, B1, G1, R1).
+void Quad(__m128i* target, int16_t a, int16_t b, int16_t c, int16_t d) {
+    _mm_store_si128(target, _mm_setr_epi16(a, b, c, d, a, b, c, d));
 }
 
 }  // namespace
@@ -87,17 +53,17 @@ void SetupRgbToYuvCoefficients(RgbToYuvCoefficients* c) {
             _mm_store_si128(c->lumaOffset, _mm_setzero_si128());
             column = QueryHostOption() != 0 ? 1 : 2;
         }
-        const VectorSet& v = kVectors[c->matrix == 1 ? 1 : 0][column];
-        Copy(c->lumaWeightsA, v.luma_a);
-        Copy(c->lumaWeightsB, v.luma_b);
-        if (c->pointSampledChroma) {
-            Copy(c->chromaWeightsA, v.point_chroma_a);
-            Copy(c->chromaWeightsB, v.point_chroma_b);
-        } else {
-            Copy(c->chromaWeightsA, v.cb_a);
-            Copy(c->chromaWeightsB, v.cb_b);
-            Copy(c->chromaWeightsC, v.cr_a);
-            Copy(c->chromaWeightsD, v.cr_b);
+        const WeightSet& w = *kSets[c->matrix == 1 ? 1 : 0][column];
+        Quad(c->lumaWeightsA, w.kb, w.kg, 0, w.kb);
+        Quad(c->lumaWeightsB, w.kr, 0, w.kg, w.kr);
+        if (c->pointSampledChroma) {  // Cb of pixel 0, Cr of pixel 1
+            Quad(c->chromaWeightsA, w.cb_b, w.cb_g, 0, w.cr_b);
+            Quad(c->chromaWeightsB, w.cb_r, 0, w.cr_g, w.cr_r);
+        } else {  // per pixel
+            Quad(c->chromaWeightsA, w.cb_b, w.cb_g, 0, w.cb_b);
+            Quad(c->chromaWeightsB, w.cb_r, 0, w.cb_g, w.cb_r);
+            Quad(c->chromaWeightsC, w.cr_b, w.cr_g, 0, w.cr_b);
+            Quad(c->chromaWeightsD, w.cr_r, 0, w.cr_g, w.cr_r);
         }
     }
     // Chroma has no clamp of its own: the kernels only saturate it to 0..255.
