@@ -97,21 +97,17 @@ IsaLevel ActiveIsaLevel();
 
 // Declares a family's kernel set at every level, zenk::<level>::<family>::
 // kKernels, and zenk::<family>::kKernelsAt, the sets indexed by IsaLevel.
-// Each level's <family>_kernels.cpp defines its set.
+// Each level's <family>_kernels.cpp defines its set; where there are no
+// wider levels, their entries are the SSE2 set.
 #if ZENK_WIDER_LEVELS
-#define ZENK_DECLARE_KERNEL_LEVELS(family)                                                         \
-    namespace zenk::sse2::family { extern const ::zenk::family::Kernels kKernels; }                \
-    namespace zenk::avx2::family { extern const ::zenk::family::Kernels kKernels; }                \
-    namespace zenk::avx512::family { extern const ::zenk::family::Kernels kKernels; }              \
-    namespace zenk::family {                                                                       \
-    inline constexpr const Kernels* kKernelsAt[kIsaLevelCount] = {                                 \
-        &sse2::family::kKernels, &avx2::family::kKernels, &avx512::family::kKernels};              \
-    }
+#define ZENK_WIDER_KERNELS(family) &avx2::family::kKernels, &avx512::family::kKernels
 #else
-#define ZENK_DECLARE_KERNEL_LEVELS(family)                                                         \
-    namespace zenk::sse2::family { extern const ::zenk::family::Kernels kKernels; }                \
-    namespace zenk::family {                                                                       \
-    inline constexpr const Kernels* kKernelsAt[kIsaLevelCount] = {                                 \
-        &sse2::family::kKernels, &sse2::family::kKernels, &sse2::family::kKernels};                \
-    }
+#define ZENK_WIDER_KERNELS(family) &sse2::family::kKernels, &sse2::family::kKernels
 #endif
+#define ZENK_DECLARE_KERNEL_LEVELS(family)                                                                   \
+    namespace zenk::sse2::family { extern const ::zenk::family::Kernels kKernels; }                          \
+    namespace zenk::avx2::family { extern const ::zenk::family::Kernels kKernels; }                          \
+    namespace zenk::avx512::family { extern const ::zenk::family::Kernels kKernels; }                        \
+    namespace zenk::family {                                                                                 \
+    inline constexpr const Kernels* kKernelsAt[kIsaLevelCount] = {&sse2::family::kKernels, ZENK_WIDER_KERNELS(family)}; \
+    }

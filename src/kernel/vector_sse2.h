@@ -47,39 +47,35 @@ struct Sse2 {
     using WithLanes = Sse2;
 
     // ---- Loads: 16 bytes at any address, the low 8/4/2 bytes (rest zero).
-    ZENK_VECTOR_OP V LoadU(const void* p) { return _mm_loadu_si128(static_cast<const V*>(p)); }
-    ZENK_VECTOR_OP V Load64(const void* p) { return _mm_loadl_epi64(static_cast<const V*>(p)); }
-    ZENK_VECTOR_OP V Load32(const void* p) {
+    // The kernels are written in lane-wise forms: a stream that moves `step`
+    // bytes per block puts a wider layer's next lane there; one lane has no
+    // next, and ignores it.
+    ZENK_VECTOR_OP V LoadU(const void* p, int32_t = 0) { return _mm_loadu_si128(static_cast<const V*>(p)); }
+    ZENK_VECTOR_OP V Load64(const void* p, int32_t = 0) { return _mm_loadl_epi64(static_cast<const V*>(p)); }
+    ZENK_VECTOR_OP V Load32(const void* p, int32_t = 0) {
         int32_t v;
         std::memcpy(&v, p, 4);
         return _mm_cvtsi32_si128(v);
     }
-    ZENK_VECTOR_OP V Load16(const void* p) {
+    ZENK_VECTOR_OP V Load16(const void* p, int32_t = 0) {
         uint16_t v;
         std::memcpy(&v, p, 2);
         return _mm_cvtsi32_si128(v);
     }
 
-    // ---- Stores: aligned, any address, non-temporal (aligned), low 8/4 bytes.
+    // ---- Stores: aligned, any address, non-temporal (aligned), low 8/4
+    // bytes. Put stores through a store policy (kernel.h).
     ZENK_VECTOR_OP void Store(void* p, V v) { _mm_store_si128(static_cast<V*>(p), v); }
     ZENK_VECTOR_OP void StoreU(void* p, V v) { _mm_storeu_si128(static_cast<V*>(p), v); }
     ZENK_VECTOR_OP void Stream(void* p, V v) { _mm_stream_si128(static_cast<V*>(p), v); }
-    ZENK_VECTOR_OP void Store64(void* p, V v) { _mm_storel_epi64(static_cast<V*>(p), v); }
-    ZENK_VECTOR_OP void Store32(void* p, V v) {
+    template <class Store>
+    ZENK_VECTOR_OP void Put(void* p, V v, int32_t) { Store::Store(p, v); }
+    ZENK_VECTOR_OP void Put64(void* p, V v, int32_t = 0) { _mm_storel_epi64(static_cast<V*>(p), v); }
+    ZENK_VECTOR_OP void Put32(void* p, V v, int32_t = 0) {
         const int32_t bits = _mm_cvtsi128_si32(v);
         std::memcpy(p, &bits, 4);
     }
     ZENK_VECTOR_OP int32_t Low32(V v) { return _mm_cvtsi128_si32(v); }
-
-    // ---- The lane-wise forms the kernels are written in: a stream that
-    // moves `step` bytes per block puts a wider layer's next lane there; one
-    // lane has no next. Put stores through a store policy (kernel.h).
-    ZENK_VECTOR_OP V LoadU(const void* p, int32_t) { return LoadU(p); }
-    ZENK_VECTOR_OP V Load64(const void* p, int32_t) { return Load64(p); }
-    ZENK_VECTOR_OP V Load32(const void* p, int32_t) { return Load32(p); }
-    ZENK_VECTOR_OP V Load16(const void* p, int32_t) { return Load16(p); }
-    template <class Store>
-    ZENK_VECTOR_OP void Put(void* p, V v, int32_t) { Store::Store(p, v); }
     // A block of k consecutive vectors: v[i] from or to p + 16 i.
     template <int k>
     ZENK_VECTOR_OP void LoadBlock(const void* p, V v[k]) {
@@ -89,8 +85,6 @@ struct Sse2 {
     ZENK_VECTOR_OP void PutBlock(void* p, const V v[k]) {
         for (int i = 0; i < k; ++i) Store::Store(static_cast<uint8_t*>(p) + 16 * i, v[i]);
     }
-    ZENK_VECTOR_OP void Put64(void* p, V v, int32_t) { Store64(p, v); }
-    ZENK_VECTOR_OP void Put32(void* p, V v, int32_t) { Store32(p, v); }
     ZENK_VECTOR_OP V Broadcast(V lane) { return lane; }
     ZENK_VECTOR_OP V Lane0(V v) { return v; }
 

@@ -95,10 +95,10 @@ struct WideLanes : R {
         Scatter(p, v, step, [](uint8_t* b, __m128i lane) { Store::Store(b, lane); });
     }
     ZENK_VECTOR_OP void Put64(void* p, V v, int32_t step) {
-        Scatter(p, v, step, [](uint8_t* b, __m128i lane) { Sse2::Store64(b, lane); });
+        Scatter(p, v, step, [](uint8_t* b, __m128i lane) { Sse2::Put64(b, lane); });
     }
     ZENK_VECTOR_OP void Put32(void* p, V v, int32_t step) {
-        Scatter(p, v, step, [](uint8_t* b, __m128i lane) { Sse2::Store32(b, lane); });
+        Scatter(p, v, step, [](uint8_t* b, __m128i lane) { Sse2::Put32(b, lane); });
     }
     // Two streams written lane by lane in turn (x's lane j, then y's), for
     // planes that may overlap: the later store wins as in the SSE2 kernel.
