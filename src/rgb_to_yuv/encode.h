@@ -213,22 +213,20 @@ inline void StoreLow(uint8_t* p, typename S::V v) {
     }
 }
 
-// Byte orders of the packed layouts. Interleave turns eight luma words and
-// eight chroma words into 16 bytes of four pixel pairs.
-struct UyvyOrder {  // Cb, Y0, Cr, Y1
-    template <class S>
-    static typename S::V Interleave(typename S::V y, typename S::V c) { return S::Or(S::template Shl16<8>(y), c); }
-};
-struct YuyvOrder {  // Y0, Cb, Y1, Cr
-    template <class S>
-    static typename S::V Interleave(typename S::V y, typename S::V c) { return S::Or(y, S::template Shl16<8>(c)); }
-};
-struct UvyyOrder {  // Cb, Cr, Y0, Y1
-    template <class S>
-    static typename S::V Interleave(typename S::V y, typename S::V c) {
+// Byte orders of the packed layouts: (Cb, Y0, Cr, Y1), (Y0, Cb, Y1, Cr) and
+// (Cb, Cr, Y0, Y1). Interleave turns eight luma words and eight chroma words
+// into 16 bytes of four pixel pairs.
+enum class Order { kUyvy, kYuyv, kUvyy };
+
+template <Order kOrder, class S>
+ZENK_ARITHMETIC typename S::V Interleave(typename S::V y, typename S::V c) {
+    if constexpr (kOrder == Order::kUyvy)
+        return S::Or(S::template Shl16<8>(y), c);
+    else if constexpr (kOrder == Order::kYuyv)
+        return S::Or(y, S::template Shl16<8>(c));
+    else
         return S::PackS16ToU8(S::Lo32(c, y), S::Hi32(c, y));
-    }
-};
+}
 
 // Byte-wise clamp vectors of a layout: the layout's own interleave of
 // (lumaMin, 0) and (lumaMax, 255), so luma bytes get the luma limits and
@@ -239,10 +237,9 @@ struct ByteClamp {
     typename S::V Apply(typename S::V v) const { return S::MinU8(S::MaxU8(v, low), high); }
 };
 
-template <class S, class Order>
+template <Order kOrder, class S>
 inline ByteClamp<S> MakeByteClamp(const Encoder<S>& k) {
-    return {Order::template Interleave<S>(k.luma_min, S::Zero()),
-            Order::template Interleave<S>(k.luma_max, k.chroma_ceiling)};
+    return {Interleave<kOrder, S>(k.luma_min, S::Zero()), Interleave<kOrder, S>(k.luma_max, k.chroma_ceiling)};
 }
 
 // A layout's Block<L, Store>(c, e, calls) writes one block of four pairs
@@ -251,7 +248,7 @@ inline ByteClamp<S> MakeByteClamp(const Encoder<S>& k) {
 // blocks the other lanes wrote. Pairs<L, n> writes n pairs.
 
 // A packed 4:2:2 destination: four bytes a pair, one plane.
-template <class S, class Order>
+template <class S, Order kOrder>
 struct PackedLayout {
     struct Cursor {
         uint8_t* dst;
@@ -261,10 +258,10 @@ struct PackedLayout {
     // 16-byte stores need a 16-byte aligned destination after the head.
     static constexpr bool kAlignedBody = true;
 
-    explicit PackedLayout(const Encoder<S>& k) : clamp(MakeByteClamp<S, Order>(k)) {}
+    explicit PackedLayout(const Encoder<S>& k) : clamp(MakeByteClamp<kOrder, S>(k)) {}
     Cursor At(uint8_t* line, const Request&) const { return {line}; }
     template <class L>
-    typename S::V Pack(const Encoded<L>& e) const { return clamp.Apply(Order::template Interleave<L>(e.y, e.c)); }
+    typename S::V Pack(const Encoded<L>& e) const { return clamp.Apply(Interleave<kOrder, L>(e.y, e.c)); }
 
     template <class L, class Store>
     void Block(Cursor& c, const Encoded<L>& e, int32_t calls) const {
@@ -310,7 +307,7 @@ struct PlanarLayout {
     static constexpr bool kAlignedBody = false;
 
     explicit PlanarLayout(const Encoder<S>& k) {
-        clamp[0] = MakeByteClamp<S, UvyyOrder>(k);
+        clamp[0] = MakeByteClamp<Order::kUvyy, S>(k);
         // The same pattern two pixels on: for lines whose blocks start at a
         // pixel index of 2 modulo 4.
         clamp[1].low = SwapWordPairs(clamp[0].low);

@@ -56,9 +56,9 @@ consteval KernelTable Table() {
                            &StoresAsRequested<&DoubleKernel<Layout, AnyCached>, &DoubleKernel<Layout, AnyStreaming>>);
 }
 
-using Uyvy = PackedLayout<Vec, UyvyOrder>;
-using Yuyv = PackedLayout<Vec, YuyvOrder>;
-using Uvyy = PackedLayout<Vec, UvyyOrder>;
+using Uyvy = PackedLayout<Vec, Order::kUyvy>;
+using Yuyv = PackedLayout<Vec, Order::kYuyv>;
+using Uvyy = PackedLayout<Vec, Order::kUvyy>;
 using Planar = PlanarLayout<Vec>;
 
 // This level's kernels of every encoding export. The planar lines are
