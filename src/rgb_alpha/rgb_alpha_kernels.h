@@ -32,12 +32,12 @@ inline constexpr uint16_t kBgr24HeadPixels[16] = {0, 5, 10, 15, 4, 9, 14, 3, 8, 
 
 inline constexpr AlignmentTest kCopyBgr32Test = {{64, 16}, {64, 16}, true};
 inline constexpr AlignmentTest kToBgr24Test = {{0, 16}, {0, 16}, true};
-inline constexpr AlignmentTest kToBgr32Test = {{16, 16}};
+inline constexpr AlignmentTest kToBgr32Test = {{16, 16}, {}};
 // A BGR24I line of 16-pixel blocks is a multiple of 48 bytes. The export also
 // tests a multiple of 16, which 48 already is.
-inline constexpr AlignmentTest kSplitTest = {{48, 16}};
-inline constexpr AlignmentTest kAlphaPlaneTest = {{32, 32}};
-inline constexpr AlignmentTest kExtractAlphaTest = {{16, 16}};
+inline constexpr AlignmentTest kSplitTest = {{48, 16}, {}};
+inline constexpr AlignmentTest kAlphaPlaneTest = {{32, 32}, {}};
+inline constexpr AlignmentTest kExtractAlphaTest = {{16, 16}, {}};
 
 }  // namespace zenk::rgb_alpha
 

@@ -38,7 +38,7 @@ struct Kernels {
 inline constexpr AlignmentTest kBgr32Test = kTableExportTest;
 // BGR24I sources are read with 8-byte loads at any address: only the
 // destination is tested.
-inline constexpr AlignmentTest kBgr24Test = {{16, 8}};
+inline constexpr AlignmentTest kBgr24Test = {{16, 8}, {}};
 
 }  // namespace zenk::rgb_to_yuv
 

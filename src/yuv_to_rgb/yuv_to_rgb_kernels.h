@@ -43,12 +43,12 @@ inline constexpr uint16_t kBgr24HeadPairs[8] = {0, 5, 2, 7, 4, 1, 6, 3};
 
 // Alignment tests of the four-kernel exports.
 inline constexpr AlignmentTest kPackedToBgr32Test = {{32, 4}, {16, 8}};
-inline constexpr AlignmentTest kPlanarAlphaToBgr32Test = {{16, 16}};
+inline constexpr AlignmentTest kPlanarAlphaToBgr32Test = {{16, 16}, {}};
 // BGR24 outputs test the first line's address and the width only. A pitch
 // that puts a later line off a 16-byte boundary does not fault: every line
 // walk writes a line whose body does not start on a boundary with unaligned
 // stores (the same bytes).
-inline constexpr AlignmentTest kToBgr24Test = {{0, 16}};
+inline constexpr AlignmentTest kToBgr24Test = {{0, 16}, {}};
 
 }  // namespace zenk::yuv_to_rgb
 

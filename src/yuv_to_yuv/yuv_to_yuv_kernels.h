@@ -35,8 +35,8 @@ struct Kernels {
 
 inline constexpr AlignmentTest kPackedBothSides32 = {{32, 16}, {32, 16}, true};
 inline constexpr AlignmentTest kPackedBothSides16 = {{16, 16}, {16, 16}, true};
-inline constexpr AlignmentTest kDestination16 = {{16, 16}};
-inline constexpr AlignmentTest kWidenDestination = {{32, 8}};
+inline constexpr AlignmentTest kDestination16 = {{16, 16}, {}};
+inline constexpr AlignmentTest kWidenDestination = {{32, 8}, {}};
 
 }  // namespace zenk::yuv_to_yuv
 
