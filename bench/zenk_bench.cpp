@@ -211,27 +211,36 @@ void LibyuvPaths(Impl impl) {
 
 Results g_results;
 
-// The export `e` in an instance of the library loaded with ZENK_CPU=`level`:
-// a copy beside the library (where its settings library is found) loads as
-// an instance of its own and chooses its level at load.
-Export AtLevel(Export e, const char* level) {
+// ZENK_BENCH_BASELINE=<another build of the library>: every run of our
+// exports is registered a second time, as base_<variant>, against that
+// build. Two builds then compare in one process with their repetitions
+// interleaved; separate processes on a shared machine differ by more than
+// two builds of the same code do.
+const char* BaselineLibrary() { return std::getenv("ZENK_BENCH_BASELINE"); }
+
+// The export `e`, found by name, in an instance of `library` (nullptr: ours)
+// loaded with ZENK_CPU=`level` (nullptr: the processor's best). A copy
+// beside the library (where its settings library is found) loads as an
+// instance of its own and chooses its level at load.
+Export Instance(Export e, const char* library, const char* level) {
     Dl_info info{};
     if (dladdr(reinterpret_cast<void*>(e), &info) == 0 || info.dli_sname == nullptr) return nullptr;
+    const std::string tag = std::string(library != nullptr ? "base-" : "") + (level != nullptr ? level : "best");
     static std::map<std::string, void*> instances;
-    void*& instance = instances[level];
+    void*& instance = instances[tag];
     if (instance == nullptr) {
-        const std::filesystem::path library(info.dli_fname);
-        const std::filesystem::path copy = library.parent_path() / (std::string("zenk-bench-") + level + ".so");
-        std::filesystem::copy_file(library, copy, std::filesystem::copy_options::overwrite_existing);
-        setenv("ZENK_CPU", level, 1);
+        const std::filesystem::path path(library != nullptr ? library : info.dli_fname);
+        const std::filesystem::path copy = path.parent_path() / ("zenk-bench-" + tag + ".so");
+        std::filesystem::copy_file(path, copy, std::filesystem::copy_options::overwrite_existing);
+        if (level != nullptr) setenv("ZENK_CPU", level, 1);
         instance = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
-        unsetenv("ZENK_CPU");
+        if (level != nullptr) unsetenv("ZENK_CPU");
         if (instance == nullptr) return nullptr;
     }
     return reinterpret_cast<Export>(dlsym(instance, info.dli_sname));
 }
 
-void RunBenchmark(benchmark::State& state, int case_index, int size_index, Impl impl) {
+void RunBenchmark(benchmark::State& state, int case_index, int size_index, Impl impl, bool baseline) {
     const Case& c = Cases()[case_index];
     const PictureSize& size = kSizes[size_index];
     const int64_t w = size.width, h = size.height;
@@ -273,10 +282,11 @@ void RunBenchmark(benchmark::State& state, int case_index, int size_index, Impl 
     }
 #endif
 
-    Export at_level = nullptr;
-    if (impl == Impl::kLevelSse2 || impl == Impl::kLevelAvx2) {
-        at_level = AtLevel(c.zenk, impl == Impl::kLevelSse2 ? "sse2" : "avx2");
-        if (at_level == nullptr) {
+    Export zenk = c.zenk;
+    if (baseline || impl == Impl::kLevelSse2 || impl == Impl::kLevelAvx2) {
+        const char* level = impl == Impl::kLevelSse2 ? "sse2" : impl == Impl::kLevelAvx2 ? "avx2" : nullptr;
+        zenk = Instance(c.zenk, baseline ? BaselineLibrary() : nullptr, level);
+        if (zenk == nullptr) {
             state.SkipWithError("the library could not be loaded at that level");
             return;
         }
@@ -284,22 +294,15 @@ void RunBenchmark(benchmark::State& state, int case_index, int size_index, Impl 
 
     auto convert = [&](const Frame& f) {
         switch (impl) {
-            case Impl::kLevelSse2:
-            case Impl::kLevelAvx2: {
-                const ZenkConversionRequest r = RequestFor(c, f, false);
-                at_level(&r);
-                break;
-            }
             case Impl::kAligned:
-            case Impl::kAny: {
-                const ZenkConversionRequest r = RequestFor(c, f, false);
-                c.zenk(&r);
-                break;
-            }
+            case Impl::kAny:
+            case Impl::kLevelSse2:
+            case Impl::kLevelAvx2:
             case Impl::kAlignedStreaming:
             case Impl::kAnyStreaming: {
-                const ZenkConversionRequest r = RequestFor(c, f, true);
-                c.zenk(&r);
+                const bool streaming = impl == Impl::kAlignedStreaming || impl == Impl::kAnyStreaming;
+                const ZenkConversionRequest r = RequestFor(c, f, streaming);
+                zenk(&r);
                 break;
             }
             case Impl::kLibyuv:
@@ -352,6 +355,12 @@ struct Registered {
 };
 std::map<std::string, Registered> g_registered;
 
+void Register(const std::string& name, int case_index, int size_index, Impl impl, bool baseline) {
+    benchmark::RegisterBenchmark(name.c_str(), RunBenchmark, case_index, size_index, impl, baseline)
+        ->Unit(benchmark::kMillisecond)
+        ->ComputeStatistics("min", [](const std::vector<double>& v) { return *std::min_element(v.begin(), v.end()); });
+}
+
 void RegisterAll() {
     const auto& cases = Cases();
     g_results.assign(cases.size(), std::vector<std::vector<Measurement>>(
@@ -374,11 +383,14 @@ void RegisterAll() {
             for (Impl impl : impls) {
                 const std::string name = BenchmarkName(c, kSizes[si], impl);
                 g_registered[name] = {ci, si, impl};
-                benchmark::RegisterBenchmark(name.c_str(), RunBenchmark, ci, si, impl)
-                    ->Unit(benchmark::kMillisecond)
-                    ->ComputeStatistics("min", [](const std::vector<double>& v) {
-                        return *std::min_element(v.begin(), v.end());
-                    });
+                Register(name, ci, si, impl, false);
+                // The report knows only this build's figures.
+                if (BaselineLibrary() != nullptr && static_cast<int>(impl) <= static_cast<int>(Impl::kLevelAvx2)) {
+                    const std::string ours = std::string("/") + ImplName(impl) + "/";
+                    std::string base = name;
+                    base.replace(base.find(ours), ours.size(), "/base_" + std::string(ImplName(impl) + 5) + "/");
+                    Register(base, ci, si, impl, true);
+                }
             }
         }
     }
