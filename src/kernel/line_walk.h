@@ -26,6 +26,12 @@
 //                                writes each 16-byte vector
 //   void Single()                one unit
 //   const void* Ahead() const    the source address to prefetch from
+//   void NextLine(const Request&)  on to the next line by the skips (frames)
+//
+// A format is built either from the request alone, or, where it has
+// per-call constants (coefficient vectors), as F(constants, request,
+// source line, destination line) from a `Constants` type of its own that
+// the kernel builds once; the pair-mode kernels need the second form.
 #pragma once
 
 #include "kernel.h"
@@ -135,16 +141,15 @@ inline void WalkFrame(F& f, const Request& r) {
     A::Finish();
 }
 
-// The kernel of a 1:1 format F, walked with access policy A. A format with
-// per-call constants (F::Constants) has them built once, and its line state
-// starts from them and the picture's first lines; any other format builds
-// its state from the request.
+// The kernel of a 1:1 format F, walked with access policy A.
 //
-// Such a state is walked as a copy: its constructor may hand the object's
-// address to setup code out of line (a coefficient block filled through
-// pointers), and a state whose address has left the kernel stays in memory,
-// its running pointers stored and reloaded around every block. The copy's
-// address never leaves.
+// A format built from the request is walked as a copy: its constructor may
+// hand the object's address to setup code out of line (a coefficient block
+// filled through pointers), and a state whose address has left the kernel
+// stays in memory, its running pointers stored and reloaded around every
+// block. The copy's address never leaves. Constants built apart from the
+// line state (F::Constants) keep the state's address in the kernel by
+// themselves.
 template <class F, class A>
 ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
     if constexpr (requires { typename F::Constants; }) {
