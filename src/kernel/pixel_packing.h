@@ -120,23 +120,6 @@ struct Words422 {
     typename S::V luma;
 };
 
-// Two packed 4:2:2 byte orders: UYVY16I has chroma in the low byte of each
-// word and luma in the high byte, YUYV16I the other way round.
-enum class Packed { kUyvy, kYuyv };
-
-template <Packed kOrder, class S>
-inline Words422<S> UnpackWords(typename S::V v) {
-    const auto low = S::And(v, S::Set16(0x00FF)), high = S::template Shr16<8>(v);
-    return kOrder == Packed::kUyvy ? Words422<S>{low, high} : Words422<S>{high, low};
-}
-
-// Words back to bytes, each saturated to 0..255.
-template <Packed kOrder, class S>
-inline typename S::V PackWords(const Words422<S>& w) {
-    const auto low = kOrder == Packed::kUyvy ? w.chroma : w.luma, high = kOrder == Packed::kUyvy ? w.luma : w.chroma;
-    return S::PackS16ToU8(S::Lo16(low, high), S::Hi16(low, high));
-}
-
 // Bytes 1 and 2 of every 4-byte pair change places: UVYY16I (Cb Cr Y0 Y1)
 // to UYVY16I (Cb Y0 Cr Y1) and back.
 template <class S>
@@ -145,6 +128,58 @@ inline typename S::V ExchangeMiddleBytes(typename S::V v) {
     const auto byte1_up = S::template Shl32<8>(S::And(v, S::Set32(0x0000FF00u)));
     const auto byte2_down = S::template Shr32<8>(S::And(v, S::Set32(0x00FF0000u)));
     return S::Or(outer, S::Or(byte1_up, byte2_down));
+}
+
+// The packed 4:2:2 byte orders: UYVY16I (Cb, Y0, Cr, Y1) has chroma in the
+// low byte of each word and luma in the high byte, YUYV16I (Y0, Cb, Y1, Cr)
+// the other way round, and UVYY16I (Cb, Cr, Y0, Y1) is UYVY16I with the two
+// middle bytes of each pair exchanged.
+enum class Packed { kUyvy, kYuyv, kUvyy };
+
+template <Packed kOrder, class S>
+inline Words422<S> UnpackWords(typename S::V v) {
+    if constexpr (kOrder == Packed::kUvyy) v = ExchangeMiddleBytes<S>(v);
+    const auto low = S::And(v, S::Set16(0x00FF)), high = S::template Shr16<8>(v);
+    return kOrder == Packed::kYuyv ? Words422<S>{high, low} : Words422<S>{low, high};
+}
+
+// Words back to bytes, each saturated to 0..255.
+template <Packed kOrder, class S>
+inline typename S::V PackWords(const Words422<S>& w) {
+    const auto low = kOrder == Packed::kYuyv ? w.luma : w.chroma, high = kOrder == Packed::kYuyv ? w.chroma : w.luma;
+    const auto v = S::PackS16ToU8(S::Lo16(low, high), S::Hi16(low, high));
+    if constexpr (kOrder == Packed::kUvyy)
+        return ExchangeMiddleBytes<S>(v);
+    else
+        return v;
+}
+
+// ---- Partial vectors ----------------------------------------------------------------------
+
+// kBytes (16, 8, 4 or 2) into the low bytes of each filled lane, lane j from
+// p + j * step, the rest zero; and the low kBytes of a single lane back.
+template <class S, int kBytes>
+inline typename S::V LoadLow(const uint8_t* p, int32_t step) {
+    if constexpr (kBytes == 16)
+        return S::LoadU(p, step);
+    else if constexpr (kBytes == 8)
+        return S::Load64(p, step);
+    else if constexpr (kBytes == 4)
+        return S::Load32(p, step);
+    else
+        return S::Load16(p, step);
+}
+template <class S, int kBytes>
+inline void StoreLow(uint8_t* p, typename S::V v) {
+    if constexpr (kBytes == 8) {
+        S::Put64(p, v, 0);
+    } else if constexpr (kBytes == 4) {
+        S::Put32(p, v, 0);
+    } else {
+        static_assert(kBytes == 2);
+        const uint32_t bits = static_cast<uint32_t>(Sse2::Low32(S::Lane0(v)));
+        std::memcpy(p, &bits, kBytes);
+    }
 }
 
 }  // namespace zenk::ZENK_ISA

@@ -200,29 +200,14 @@ inline void Double(const Encoded<S>& e, Encoded<S>& low, Encoded<S>& high) {
 
 // ---- Destinations -----------------------------------------------------------------------------
 
-template <class S, int kBytes>
-inline void StoreLow(uint8_t* p, typename S::V v) {
-    if constexpr (kBytes == 8) {
-        S::Put64(p, v, 0);
-    } else if constexpr (kBytes == 4) {
-        S::Put32(p, v, 0);
-    } else {
-        static_assert(kBytes == 2);
-        const uint32_t bits = static_cast<uint32_t>(Sse2::Low32(S::Lane0(v)));
-        std::memcpy(p, &bits, kBytes);
-    }
-}
-
-// Byte orders of the packed layouts: (Cb, Y0, Cr, Y1), (Y0, Cb, Y1, Cr) and
-// (Cb, Cr, Y0, Y1). Interleave turns eight luma words and eight chroma words
-// into 16 bytes of four pixel pairs.
-enum class Order { kUyvy, kYuyv, kUvyy };
-
-template <Order kOrder, class S>
+// Interleave turns eight luma words and eight chroma words into 16 bytes of
+// four pixel pairs in a packed byte order. The UYVY and YUYV orders OR the
+// words together, which the encoder's words, all within 0..255, allow.
+template <Packed kOrder, class S>
 ZENK_ARITHMETIC typename S::V Interleave(typename S::V y, typename S::V c) {
-    if constexpr (kOrder == Order::kUyvy)
+    if constexpr (kOrder == Packed::kUyvy)
         return S::Or(S::template Shl16<8>(y), c);
-    else if constexpr (kOrder == Order::kYuyv)
+    else if constexpr (kOrder == Packed::kYuyv)
         return S::Or(y, S::template Shl16<8>(c));
     else
         return S::PackS16ToU8(S::Lo32(c, y), S::Hi32(c, y));
@@ -237,7 +222,7 @@ struct ByteClamp {
     typename S::V Apply(typename S::V v) const { return S::MinU8(S::MaxU8(v, low), high); }
 };
 
-template <Order kOrder, class S>
+template <Packed kOrder, class S>
 inline ByteClamp<S> MakeByteClamp(const Encoder<S>& k) {
     return {Interleave<kOrder, S>(k.luma_min, S::Zero()), Interleave<kOrder, S>(k.luma_max, k.chroma_ceiling)};
 }
@@ -248,7 +233,7 @@ inline ByteClamp<S> MakeByteClamp(const Encoder<S>& k) {
 // blocks the other lanes wrote. Pairs<L, n> writes n pairs.
 
 // A packed 4:2:2 destination: four bytes a pair, one plane.
-template <class S, Order kOrder>
+template <class S, Packed kOrder>
 struct PackedLayout {
     struct Cursor {
         uint8_t* dst;
@@ -307,7 +292,7 @@ struct PlanarLayout {
     static constexpr bool kAlignedBody = false;
 
     explicit PlanarLayout(const Encoder<S>& k) {
-        clamp[0] = MakeByteClamp<Order::kUvyy, S>(k);
+        clamp[0] = MakeByteClamp<Packed::kUvyy, S>(k);
         // The same pattern two pixels on: for lines whose blocks start at a
         // pixel index of 2 modulo 4.
         clamp[1].low = SwapWordPairs(clamp[0].low);

@@ -56,9 +56,9 @@ consteval KernelTable Table() {
                            &StoresAsRequested<&DoubleKernel<Layout, AnyCached>, &DoubleKernel<Layout, AnyStreaming>>);
 }
 
-using Uyvy = PackedLayout<Vec, Order::kUyvy>;
-using Yuyv = PackedLayout<Vec, Order::kYuyv>;
-using Uvyy = PackedLayout<Vec, Order::kUvyy>;
+using Uyvy = PackedLayout<Vec, Packed::kUyvy>;
+using Yuyv = PackedLayout<Vec, Packed::kYuyv>;
+using Uvyy = PackedLayout<Vec, Packed::kUvyy>;
 using Planar = PlanarLayout<Vec>;
 
 // This level's kernels of every encoding export. The planar lines are

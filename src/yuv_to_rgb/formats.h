@@ -24,31 +24,18 @@ struct SourceCursor {
 template <class S>
 ZENK_ARITHMETIC typename S::V Widen(typename S::V bytes) { return S::Lo8(bytes, S::Zero()); }
 
-// kBytes bytes into the low bytes of each filled lane, lane j from p + j * step.
-template <class S, int32_t kBytes>
-ZENK_ARITHMETIC typename S::V LoadBytes(const uint8_t* p, int32_t step) {
-    if constexpr (kBytes == 16)
-        return S::LoadU(p, step);
-    else if constexpr (kBytes == 8)
-        return S::Load64(p, step);
-    else if constexpr (kBytes == 4)
-        return S::Load32(p, step);
-    else
-        return S::Load16(p, step);
-}
-
 // The source layouts: packed 4:2:2 (one plane of 2-byte pixels) in three
 // byte orders, or Y8PUV8I, a luma plane and an interleaved chroma plane of
 // one byte a pixel each, which share the skip.
 enum class YuvLayout { kUyvy, kYuyv, kUvyy, kPlanar };
 
-// Packed 4:2:2 words as YuvWords, without alpha. UVYY16I (Cb, Cr, Y0, Y1)
-// is UYVY16I (Cb, Y0, Cr, Y1) once the two middle bytes of each pair change
-// places.
+// Packed 4:2:2 words as YuvWords, without alpha.
 template <YuvLayout kLayout, class S>
 ZENK_ARITHMETIC YuvWords<S> Unpack(typename S::V v) {
-    if constexpr (kLayout == YuvLayout::kUvyy) v = ExchangeMiddleBytes<S>(v);
-    const Words422<S> w = UnpackWords<kLayout == YuvLayout::kYuyv ? Packed::kYuyv : Packed::kUyvy, S>(v);
+    constexpr Packed kOrder = kLayout == YuvLayout::kYuyv   ? Packed::kYuyv
+                              : kLayout == YuvLayout::kUvyy ? Packed::kUvyy
+                                                            : Packed::kUyvy;
+    const Words422<S> w = UnpackWords<kOrder, S>(v);
     return {w.chroma, w.luma, S::Zero()};
 }
 
@@ -76,11 +63,11 @@ struct Source {
     static YuvWords<S> Read(SourceCursor& s, int32_t calls) {
         YuvWords<S> w;
         if constexpr (kPlanar)
-            w = {Widen<S>(LoadBytes<S, kPixels>(s.chroma, kPixels * calls)),
-                 Widen<S>(LoadBytes<S, kPixels>(s.pixels, kPixels * calls)), S::Zero()};
+            w = {Widen<S>(LoadLow<S, kPixels>(s.chroma, kPixels * calls)),
+                 Widen<S>(LoadLow<S, kPixels>(s.pixels, kPixels * calls)), S::Zero()};
         else
-            w = Unpack<kLayout, S>(LoadBytes<S, 2 * kPixels>(s.pixels, 2 * kPixels * calls));
-        if constexpr (kAlphaPlane) w.alpha = Widen<S>(LoadBytes<S, kPixels>(s.alpha, kPixels * calls));
+            w = Unpack<kLayout, S>(LoadLow<S, 2 * kPixels>(s.pixels, 2 * kPixels * calls));
+        if constexpr (kAlphaPlane) w.alpha = Widen<S>(LoadLow<S, kPixels>(s.alpha, kPixels * calls));
         Move<kPixels>(s, 1);
         return w;
     }
