@@ -49,6 +49,8 @@ struct RequestStyle {
     // walked from line starts, the destination's skip the pitch less the
     // bytes of a line's pairs. Exports without pair modes stay in frame mode.
     int32_t pair_mode = 0;
+    // The destination lines of a reducing pair mode (-1: a few, at random).
+    int32_t reduced_lines = -1;
     // Aligned kernels called directly: widths of whole blocks of this many
     // pixels, now and then with a remainder the kernel must leave alone
     // (0: the export's aligned_width_unit, no remainder).
