@@ -15,6 +15,7 @@
 #include <thread>
 #include <vector>
 
+#include "kernel/isa_levels.h"
 #include "support/def_names.h"
 #include "zenk_transcoder.h"
 
@@ -65,7 +66,8 @@ ZenkConversionRequest Request(Pictures& p, uint32_t seed) {
 std::vector<void*> LoadAtEveryLevel() {
     const std::filesystem::path library(ZENK_LIBRARY_PATH);
     std::vector<void*> instances;
-    for (const char* level : {"sse2", "avx2", "avx512"}) {
+#define ZENK_LEVEL_NAME_(enumerator, name, layer, header, flags) #name,
+    for (const char* level : {ZENK_FOR_EACH_ISA_LEVEL(ZENK_LEVEL_NAME_)}) {
         const std::filesystem::path copy = library.parent_path() / (std::string("concurrency-") + level + ".so");
         std::filesystem::copy_file(library, copy, std::filesystem::copy_options::overwrite_existing);
         setenv("ZENK_CPU", level, 1);

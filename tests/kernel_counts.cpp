@@ -18,11 +18,14 @@ int main(int argc, char** argv) {
     using namespace zenk::test;
     // The widest level to count: valgrind runs no AVX-512 code.
     const IsaLevel widest = CapIsaLevel(ProcessorIsaLevel(), argc > 1 ? argv[1] : "avx2");
+    // Only the kernels whose name holds this text (all: none given).
+    const std::string only = argc > 2 ? argv[2] : "";
     for (const ExportUnderTest& e : RegisteredExports())
         for (const KernelUnderTest& k : e.kernels)
             for (size_t level = 0; level < kLevelCount; ++level) {
                 if (kLevels[level] > widest) continue;
                 const std::string name = e.name + ":" + k.name + ":" + IsaLevelName(kLevels[level]);
+                if (name.find(only) == std::string::npos) continue;
                 Rng rng(std::hash<std::string>{}(name));
                 RequestStyle style = k.style;
                 style.width = 1920;

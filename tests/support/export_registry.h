@@ -24,10 +24,15 @@ struct PlaneSpec {
     bool anywhere = false;      // lines may also start off line_alignment (stored unaligned)
 };
 
-// Instruction-set levels the kernels are built for; the differential test
-// runs every level the processor has and reports the others as skipped.
-inline constexpr IsaLevel kLevels[] = {IsaLevel::kSse2, IsaLevel::kAvx2, IsaLevel::kAvx512};
-inline constexpr size_t kLevelCount = std::size(kLevels);
+// Instruction-set levels the kernels are built for (src/kernel/isa_levels.h),
+// narrowest first; the differential test runs every level the processor has
+// and reports the others as skipped.
+inline constexpr size_t kLevelCount = kIsaLevelCount;
+inline constexpr auto kLevels = [] {
+    std::array<IsaLevel, kLevelCount> levels{};
+    for (size_t level = 0; level < kLevelCount; ++level) levels[level] = static_cast<IsaLevel>(level);
+    return levels;
+}();
 
 using KernelFunction = void (*)(const Request*);
 using LevelKernels = std::array<const KernelFunction*, kLevelCount>;  // one kernel group per level
