@@ -288,7 +288,22 @@ GstCaps* KeepAgreeing(GstZenkConvert* self, GstVideoFormat in_format, const Labe
         const GstStructure* s = gst_caps_get_structure(outputs, i);
         std::vector<const GValue*> colorimetries = Values(s, "colorimetry");
         for (GstVideoFormat f : StructureFormats(s)) {
-            if (!Converts(in_format, f)) continue;
+            if (!Converts(in_format, f)) {
+                // Equal caps pass through untouched, in formats the library
+                // does not convert to themselves too (NV16).
+                const bool same_colorimetry =
+                    colorimetries.empty() || in.colorimetry.empty() ||
+                    std::any_of(colorimetries.begin(), colorimetries.end(), [&](const GValue* c) {
+                        return G_VALUE_HOLDS_STRING(c) && in.colorimetry == g_value_get_string(c);
+                    });
+                if (f != in_format || !same_colorimetry) continue;
+                GstStructure* same = gst_structure_copy(s);
+                gst_structure_set(same, "format", G_TYPE_STRING, gst_video_format_to_string(f), nullptr);
+                if (!in.colorimetry.empty())
+                    gst_structure_set(same, "colorimetry", G_TYPE_STRING, in.colorimetry.c_str(), nullptr);
+                kept = gst_caps_merge_structure(kept, same);
+                continue;
+            }
             GstStructure* one = gst_structure_copy(s);
             gst_structure_set(one, "format", G_TYPE_STRING, gst_video_format_to_string(f), nullptr);
             if (colorimetries.empty()) {
@@ -320,7 +335,11 @@ GstCaps* KeepAgreeing(GstZenkConvert* self, GstVideoFormat in_format, const Labe
                 gst_structure_free(one);
                 continue;
             }
-            gst_structure_take_value(one, "colorimetry", &agreeing);
+            if (gst_value_list_get_size(&agreeing) == 1)
+                gst_structure_set_value(one, "colorimetry", gst_value_list_get_value(&agreeing, 0));
+            else
+                gst_structure_set_value(one, "colorimetry", &agreeing);
+            g_value_unset(&agreeing);
             kept = gst_caps_merge_structure(kept, one);
         }
     }
@@ -330,36 +349,29 @@ GstCaps* KeepAgreeing(GstZenkConvert* self, GstVideoFormat in_format, const Labe
 
 // The other side of each structure: the same size and rate, every format
 // the library converts to (or from) in any of its formats, the structure's
-// own formats first so that equal caps, and passthrough, come first. A
-// fixed input keeps only the outputs whose caps can say what their bytes
-// are.
+// own formats first so that equal caps, and passthrough, come first. At an
+// odd width the 4:2:2 formats come last, after every other structure: an
+// element that can choose takes another, and one that cannot gets them
+// refused with the reason when its caps arrive fixed. A fixed input keeps
+// only the outputs whose caps can say what their bytes are.
 GstCaps* TransformCaps(GstBaseTransform* trans, GstPadDirection direction, GstCaps* caps, GstCaps* filter) {
     GstZenkConvert* self = Self(trans);
     GstCaps* result = gst_caps_new_empty();
+    GstCaps* odd_last = gst_caps_new_empty();
     for (guint i = 0; i < gst_caps_get_size(caps); ++i) {
         const GstStructure* s = gst_caps_get_structure(caps, i);
         gint width = 0;
         const bool odd_width = gst_structure_get_int(s, "width", &width) && width % 2 != 0;
         std::vector<std::string> foreign;
-        const std::vector<GstVideoFormat> named = StructureFormats(s, &foreign);
-        if (named.empty() && !foreign.empty()) {
+        const std::vector<GstVideoFormat> given = StructureFormats(s, &foreign);
+        if (given.empty()) {
             // Said where debugging shows it: a caps query cannot post a message.
             std::string names;
             for (const std::string& n : foreign) names += (names.empty() ? "" : ", ") + n;
-            GST_INFO_OBJECT(self, "zenkconvert does not convert %s; it converts %s", names.c_str(),
-                            FormatList(AllElementFormats()).c_str());
-        }
-        // An odd width rules the 4:2:2 formats out, unless it would rule
-        // out every format named: then the caps go on, to be refused with
-        // their reason when they arrive fixed.
-        std::vector<GstVideoFormat> given;
-        for (GstVideoFormat f : named)
-            if (!(odd_width && NeedsEvenWidth(f))) given.push_back(f);
-        const bool keep_odd = given.empty() && !named.empty();
-        if (keep_odd) {
-            given = named;
-            GST_INFO_OBJECT(self, "%s pairs pixels for their chroma: the width must be even, not %d",
-                            FormatList(named).c_str(), width);
+            if (!names.empty())
+                GST_INFO_OBJECT(self, "zenkconvert does not convert %s; it converts %s", names.c_str(),
+                                FormatList(AllElementFormats()).c_str());
+            continue;
         }
         std::vector<GstVideoFormat> other;
         auto add = [&](GstVideoFormat f) {
@@ -367,22 +379,36 @@ GstCaps* TransformCaps(GstBaseTransform* trans, GstPadDirection direction, GstCa
         };
         for (GstVideoFormat g : given) add(g);
         for (GstVideoFormat g : given)
-            for (const ElementFormat& e : ElementFormats()) {
-                const GstVideoFormat f = e.gst;
-                const bool converts = direction == GST_PAD_SINK ? Converts(g, f) : Converts(f, g);
-                if (converts && (keep_odd || !(odd_width && NeedsEvenWidth(f)))) add(f);
-            }
-        if (given.empty()) continue;
+            for (const ElementFormat& e : ElementFormats())
+                if (direction == GST_PAD_SINK ? Converts(g, e.gst) : Converts(e.gst, g)) add(e.gst);
         // The caps themselves come first, colorimetry and all: equal caps
         // pass through. Then every format, with any colorimetry.
-        GstStructure* same = gst_structure_copy(s);
-        SetFormats(same, given);
-        result = gst_caps_merge_structure(result, same);
-        GstStructure* t = gst_structure_copy(s);
-        gst_structure_remove_fields(t, "colorimetry", "chroma-site", nullptr);
-        SetFormats(t, other);
-        result = gst_caps_merge_structure(result, t);
+        for (bool even_only : {false, true}) {
+            auto pick = [&](const std::vector<GstVideoFormat>& formats) {
+                std::vector<GstVideoFormat> v;
+                for (GstVideoFormat f : formats)
+                    if ((odd_width && NeedsEvenWidth(f)) == even_only) v.push_back(f);
+                return v;
+            };
+            const std::vector<GstVideoFormat> same_formats = pick(given), other_formats = pick(other);
+            GstCaps*& into = even_only ? odd_last : result;
+            if (even_only && !other_formats.empty())
+                GST_INFO_OBJECT(self, "%s pairs pixels for their chroma: the width must be even, not %d",
+                                FormatList(other_formats).c_str(), width);
+            if (!same_formats.empty()) {
+                GstStructure* same = gst_structure_copy(s);
+                SetFormats(same, same_formats);
+                into = gst_caps_merge_structure(into, same);
+            }
+            if (!other_formats.empty()) {
+                GstStructure* t = gst_structure_copy(s);
+                gst_structure_remove_fields(t, "colorimetry", "chroma-site", nullptr);
+                SetFormats(t, other_formats);
+                into = gst_caps_merge_structure(into, t);
+            }
+        }
     }
+    result = gst_caps_merge(result, odd_last);
     if (filter) {
         GstCaps* filtered = gst_caps_intersect_full(filter, result, GST_CAPS_INTERSECT_FIRST);
         gst_caps_unref(result);
@@ -428,9 +454,18 @@ GstCaps* FixateCaps(GstBaseTransform* trans, GstPadDirection direction, GstCaps*
     const GstVideoFormat out_format = gst_video_format_from_string(gst_structure_get_string(out, "format"));
     const std::optional<Label> in_label = FixedLabel(in);
     if (direction == GST_PAD_SINK && IsYuv(out_format) && in_label && Converts(in_format, out_format)) {
-        const GValue* fixed = gst_structure_get_value(out, "colorimetry");
-        if (!fixed || !G_VALUE_HOLDS_STRING(fixed)) {
-            const Verdict v = Judge(in_format, *in_label, out_format, nullptr, ColourSettings(self));
+        // Of the colorimetries downstream lists, the first that agrees.
+        const Settings settings = ColourSettings(self);
+        const std::vector<const GValue*> listed = Values(out, "colorimetry");
+        if (listed.size() > 1)
+            for (const GValue* c : listed)
+                if (G_VALUE_HOLDS_STRING(c) &&
+                    Judge(in_format, *in_label, out_format, g_value_get_string(c), settings).refusal.empty()) {
+                    gst_structure_set(out, "colorimetry", G_TYPE_STRING, g_value_get_string(c), nullptr);
+                    break;
+                }
+        if (!gst_structure_has_field(out, "colorimetry")) {
+            const Verdict v = Judge(in_format, *in_label, out_format, nullptr, settings);
             // A refusal is for set_info to give, with the caps fixed.
             if (v.refusal.empty()) {
                 // The input's own colorimetry when it says the same, so that
@@ -460,11 +495,17 @@ gboolean SetInfo(GstVideoFilter* filter, GstCaps* incaps, GstVideoInfo* in_info,
         self->refusal_posted = true;
         return FALSE;
     };
+    // Equal caps pass through: nothing is converted.
+    if (gst_caps_is_equal(incaps, outcaps)) return TRUE;
     if (!loaded.library) {
         GST_ELEMENT_ERROR(self, LIBRARY, INIT, ("%s", loaded.error.c_str()), (nullptr));
         self->refusal_posted = true;
         return FALSE;
     }
+    for (GstVideoFormat f : {in, out})
+        if (NeedsEvenWidth(f) && in_info->width % 2 != 0)
+            return refuse(std::string("zenkconvert needs an even width for ") + gst_video_format_to_string(f) +
+                          " (pixel pairs share chroma), not " + std::to_string(in_info->width));
     if (!Converts(in, out) || in_info->width != out_info->width || in_info->height != out_info->height) {
         char what[160];
         std::snprintf(what, sizeof what, "zenkconvert does not convert %s %dx%d to %s %dx%d",
