@@ -39,14 +39,14 @@ pair's Cb comes from its even pixel, its Cr from its odd pixel.)";
 constexpr const char* kFooter = R"(The matrix a command does not name is BT.601 up to 576 lines and BT.709 above,
 by the YUV picture's height; the summary line names the one used.
 
-The library's arithmetic, which hosts rely on, stays exactly as it is.
-  --full-range --matrix 601 makes white 255 Y=254, and 127 of the 256 grey
-  levels (129 to 255) one low; BT.709, and studio range, keep every grey.
-  A change of matrix leaves values one low, never high, against encoding the
-  picture in the new matrix: on 75% bars, 9 of the 18 Y, Cb and Cr values of
-  the six colour bars, either way.
-  A change of matrix into UVYY16I or Y8PUV8I writes UYVY16I bytes; a warning
-  says so. Options a conversion does not read are named in a warning.
+The library's arithmetic, which hosts rely on, stays exactly as it is. Full
+range BT.601 (--full-range --matrix 601) makes white 255 Y=254, and 127 of the
+256 grey levels (129 to 255) one low; BT.709, and studio range, keep every
+grey. A change of matrix leaves values one low, never high, against encoding
+the picture in the new matrix: on 75% bars, 9 of the 18 Y, Cb and Cr values of
+the six colour bars, either way. A change of matrix into UVYY16I or Y8PUV8I
+writes UYVY16I bytes. Warnings name these, and options a conversion does not
+read.
 
 Exit status: 0 done, 1 system failure, 2 bad command, 3 bad input, 4 output
 not written (or kept by -n), 5 no library.
@@ -233,7 +233,7 @@ int Main(int argc, char** argv) {
     app.add_flag("--field-pair", line_pairs.field_pair, "the field-pair flags (as --interlaced)")->group(fields);
     app.add_flag("--streaming", job.options.streaming, "write the output with non-temporal stores")->group(fields);
 
-    const std::string file_group = "Files";
+    const std::string file_group = "Input and output";
     app.add_flag("-y", overwrite, "replace an existing OUTPUT (the default)")->group(file_group);
     app.add_flag("-n", keep, "never replace an existing OUTPUT (exit status 4)")->group(file_group);
     app.add_flag("--drop-partial", job.drop_partial,
