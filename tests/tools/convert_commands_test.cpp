@@ -127,6 +127,7 @@ const std::vector<GoodCase> kGoodCases = {
     // Character devices are streams; -y is the default, -n writes what is new.
     {"--stats -s 16x2 --to BGRA @three.bgra /dev/null", {}, "", "3 frames of 16x2 BGR32I -> BGR32I in"},
     {"-n -s 16x2 @three.bgra /dev/null --to BGR24I", {}, ""},
+    {"--test-card bars75 -s 16x2 --to UYVY /dev/stdout", {"--test-card bars75 -s 16x2 --to UYVY @ref"}, "-=@ref"},
     {"-y -s 16x2 @three.bgra @out.bgr24", {"-s 16x2 @three.bgra @ref.bgr24"}, "@out.bgr24=@ref.bgr24"},
     {"-n -s 16x2 @three.bgra @new-%d.bgr24", {"-s 16x2 @three.bgra @ref-%d.bgr24"},
      "@new-1.bgr24=@ref-1.bgr24 @new-3.bgr24=@ref-3.bgr24"},

@@ -113,16 +113,15 @@ bool IsStreamPath(const std::string& path) {
 
 bool WouldReplace(const std::string& path) {
     struct stat st {};
-    return stat(FollowLinks(path).c_str(), &st) == 0 && !S_ISCHR(st.st_mode) && !S_ISFIFO(st.st_mode);
+    return stat(path.c_str(), &st) == 0 && !S_ISCHR(st.st_mode) && !S_ISFIFO(st.st_mode);
 }
 
-OutputFile::OutputFile(const std::string& path, bool replace)
-    : path_(FollowLinks(path)), shown_(path), replace_(replace) {
-    struct stat st {};
-    const bool exists = stat(path_.c_str(), &st) == 0;
-    if (exists && (S_ISCHR(st.st_mode) || S_ISFIFO(st.st_mode))) {
+OutputFile::OutputFile(const std::string& path, bool replace) : shown_(path), replace_(replace) {
+    // The system follows the links to a stream, /dev/stdout's among them,
+    // which name no file in a directory.
+    if (IsStreamPath(path)) {
         // Opened as it is: no temporary file, nothing truncated or renamed.
-        const int fd = open(path_.c_str(), O_WRONLY | O_CLOEXEC);
+        const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC);
         file_ = fd < 0 ? nullptr : fdopen(fd, "wb");
         if (!file_) {
             if (fd >= 0) close(fd);
@@ -131,6 +130,9 @@ OutputFile::OutputFile(const std::string& path, bool replace)
         stream_ = true;
         return;
     }
+    path_ = FollowLinks(path);
+    struct stat st {};
+    const bool exists = stat(path_.c_str(), &st) == 0;
     if (exists && S_ISDIR(st.st_mode)) throw Error(kExitOutput, "cannot write " + path + ": it is a directory");
     // Renaming over a block device or a socket would replace it with a plain file.
     if (exists && !S_ISREG(st.st_mode))

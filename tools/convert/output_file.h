@@ -30,7 +30,6 @@ public:
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
     std::FILE* file() { return file_; }
-    bool stream() const { return temp_.empty() && stream_; }
     // Puts the complete output in place (a stream: flushes it).
     void Commit();
 
