@@ -45,6 +45,9 @@ struct Avx2Register {
     ZENK_VECTOR_OP V Load64Packed(const void* p) {
         return _mm256_permute4x64_epi64(Zext(Vec128::LoadU(p)), 0xD8);
     }
+    ZENK_VECTOR_OP void Store64Packed(void* p, V v) {
+        Vec128::StoreU(p, _mm256_castsi256_si128(_mm256_permute4x64_epi64(v, 0x08)));
+    }
     // ---- Byte moves in memory order (kernel/pixel_packing.h), as in
     // vector_avx512.h: dword permutes place each register's useful dwords,
     // blends join two registers' worth.

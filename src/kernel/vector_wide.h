@@ -13,8 +13,9 @@
 //   Insert<j>(v, lane)                           single lanes (Cast leaves
 //                                                the other lanes undefined)
 //   LoadWhole(p), StoreWhole(p, v)               the whole register
-//   Load64Packed(p)                              every lane's 8 bytes, when
-//                                                the lanes lie 8 bytes apart
+//   Load64Packed(p), Store64Packed(p, v)         every lane's low 8 bytes,
+//                                                when the lanes lie 8 bytes
+//                                                apart
 //   FromMemoryOrder<k>, ToMemoryOrder<k>         k whole registers of a block
 //                                                of k consecutive vectors to
 //                                                and from lane order
@@ -95,6 +96,9 @@ struct WideLanes : R {
         Scatter(p, v, step, [](uint8_t* b, Vector128 lane) { Store::Store(b, lane); });
     }
     ZENK_VECTOR_OP void Put64(void* p, V v, int32_t step) {
+        if constexpr (kActive == R::kLanes) {
+            if (step == 8) return R::Store64Packed(p, v);
+        }
         Scatter(p, v, step, [](uint8_t* b, Vector128 lane) { Vec128::Put64(b, lane); });
     }
     ZENK_VECTOR_OP void Put32(void* p, V v, int32_t step) {
