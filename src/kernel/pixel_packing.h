@@ -45,21 +45,21 @@ inline typename S::V UnpackFourBgr(typename S::V bytes) {
 // ---- Whole registers in memory order ----------------------------------------------------
 //
 // Repacking BGR32, BGR24 and alpha bytes computes nothing, so its blocks
-// need not follow the lane model: with every lane filled and ordinary
-// stores, a block can be loaded as whole registers of consecutive bytes,
-// rearranged across lanes and stored the same way. It reads and writes the
+// need not follow the lane model: with every lane filled, a block can be
+// loaded as whole registers of consecutive bytes, rearranged across lanes
+// and stored the same way (streamed where the store policy streams). It reads and writes the
 // same bytes with fewer instructions. A layer of one lane is in memory order
 // already; a wider one takes this path where it has the cross-lane moves
 // (JoinTwelves, SplitTwelves, DwordsToMemoryOrder, WidenBytes: AVX2 and
 // AVX-512).
-template <class L, class Store>
-concept AcrossLanes = L::kLanes > 1 && L::kActiveLanes == L::kLanes && !Store::kStreaming &&
+template <class L>
+concept AcrossLanes = L::kLanes > 1 && L::kActiveLanes == L::kLanes &&
                       requires(const typename L::V* in, typename L::V* out) { L::JoinTwelves(in, out); };
 
 // A block of k vectors, in memory order where AcrossLanes holds.
 template <class L, class Store, int k>
 inline void LoadVectors(const void* p, typename L::V v[k]) {
-    if constexpr (AcrossLanes<L, Store>) {
+    if constexpr (AcrossLanes<L>) {
         for (int m = 0; m < k; ++m) v[m] = L::LoadWhole(static_cast<const uint8_t*>(p) + sizeof(v[0]) * m);
     } else {
         L::template LoadBlock<k>(p, v);
@@ -67,8 +67,8 @@ inline void LoadVectors(const void* p, typename L::V v[k]) {
 }
 template <class L, class Store, int k>
 inline void StoreVectors(void* p, const typename L::V v[k]) {
-    if constexpr (AcrossLanes<L, Store>) {
-        for (int m = 0; m < k; ++m) L::StoreWhole(static_cast<uint8_t*>(p) + sizeof(v[0]) * m, v[m]);
+    if constexpr (AcrossLanes<L>) {
+        for (int m = 0; m < k; ++m) L::template Put<Store>(static_cast<uint8_t*>(p) + sizeof(v[0]) * m, v[m], 16);
     } else {
         L::template PutBlock<Store, k>(p, v);
     }

@@ -42,6 +42,7 @@ struct Avx2Register {
     ZENK_VECTOR_OP V Insert(V v, __m128i lane) { return _mm256_inserti128_si256(v, lane, j); }
     ZENK_VECTOR_OP V LoadWhole(const void* p) { return _mm256_loadu_si256(static_cast<const V*>(p)); }
     ZENK_VECTOR_OP void StoreWhole(void* p, V v) { _mm256_storeu_si256(static_cast<V*>(p), v); }
+    ZENK_VECTOR_OP void StreamWhole(void* p, V v) { _mm256_stream_si256(static_cast<V*>(p), v); }
     ZENK_VECTOR_OP V Load64Packed(const void* p) {
         return _mm256_permute4x64_epi64(Zext(Vec128::LoadU(p)), 0xD8);
     }

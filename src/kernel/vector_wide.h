@@ -88,10 +88,16 @@ struct WideLanes : R {
         auto* b = static_cast<uint8_t*>(p);
         ForLanes([&]<int j>() { each(b + j * step, R::template Lane<j>(v)); });
     }
+    // A whole register of consecutive bytes goes out in one store; streamed,
+    // where it lies on a register boundary, so that it fills the
+    // write-combining buffers a cache line at a time.
     template <class Store>
     ZENK_VECTOR_OP void Put(void* p, V v, int32_t step) {
-        if constexpr (kActive == R::kLanes && !Store::kStreaming) {
-            if (step == 16) return R::StoreWhole(p, v);
+        if constexpr (kActive == R::kLanes) {
+            if (step == 16) {
+                if constexpr (!Store::kStreaming) return R::StoreWhole(p, v);
+                if ((reinterpret_cast<uintptr_t>(p) & (sizeof(V) - 1)) == 0) return R::StreamWhole(p, v);
+            }
         }
         Scatter(p, v, step, [](uint8_t* b, Vector128 lane) { Store::Store(b, lane); });
     }
@@ -132,10 +138,10 @@ struct WideLanes : R {
     template <class Store, int k>
     ZENK_VECTOR_OP void PutBlock(void* p, const V v[k]) {
         auto* bytes = static_cast<uint8_t*>(p);
-        if constexpr (kActive == R::kLanes && !Store::kStreaming) {
+        if constexpr (kActive == R::kLanes) {
             V w[k];
             R::template ToMemoryOrder<k>(v, w);
-            for (int m = 0; m < k; ++m) R::StoreWhole(bytes + sizeof(V) * m, w[m]);
+            for (int m = 0; m < k; ++m) Put<Store>(bytes + sizeof(V) * m, w[m], 16);
         } else {
             for (int i = 0; i < k; ++i) Put<Store>(bytes + 16 * i, v[i], 16 * k);
         }

@@ -40,13 +40,13 @@ struct Pixels {
 // Four vectors (B, G, R, A in each 32-bit lane): pixels 4i..4i+3 of each
 // lane's block in vector i, or, where the layer moves bytes across lanes
 // (AcrossLanes), consecutive pixels in consecutive registers. Loads, packing
-// and stores of one block take the same order from the block's store policy.
+// and stores of one block take the same order from the layer.
 
 // The fourth byte of each pixel, in pixel order.
-template <class L, class Store>
+template <class L>
 inline typename L::V AlphaBytes(const typename L::V px[4]) {
     const auto bytes = L::PackS16ToU8(AlphaWords<L>(px[0], px[1]), AlphaWords<L>(px[2], px[3]));
-    if constexpr (AcrossLanes<L, Store>)
+    if constexpr (AcrossLanes<L>)
         return L::DwordsToMemoryOrder(bytes);
     else
         return bytes;
@@ -55,7 +55,7 @@ inline typename L::V AlphaBytes(const typename L::V px[4]) {
 template <class At>
 inline void AddAlphaBytes(const At& at, typename At::V px[4]) {
     using L = typename At::L;
-    if constexpr (AcrossLanes<L, typename At::Store>) {
+    if constexpr (AcrossLanes<L>) {
         const uint8_t* const alpha = Ptr<Plane::kSourceAlpha>(at);
         for (int m = 0; m < 4; ++m) px[m] = L::Or(px[m], L::template Shl32<24>(L::WidenBytes(alpha + sizeof(px[0]) / 4 * m)));
     } else {
@@ -101,9 +101,9 @@ struct Bgr32ToBgr24 : Pixels<3, 16, 1> {
         using L = typename At::L;
         typename L::V px[4], out[3];
         LoadVectors<Plane::kSource, 4>(at, px);
-        PackBgr24<L, AcrossLanes<L, typename At::Store>>(px, out);
+        PackBgr24<L, AcrossLanes<L>>(px, out);
         StoreVectors<Plane::kDestination, 3>(at, out);
-        if constexpr (kSplit) Put<Plane::kDestinationAlpha, 16, UnalignedStore>(at, 0, AlphaBytes<L, typename At::Store>(px));
+        if constexpr (kSplit) Put<Plane::kDestinationAlpha, 16, UnalignedStore>(at, 0, AlphaBytes<L>(px));
     }
     template <class At>
     void Single(const At& at) const {
@@ -126,7 +126,7 @@ struct Bgr24ToBgr32 : Pixels<4, 16, 1> {
         using L = typename At::L;
         typename L::V bytes[3], px[4];
         LoadVectors<Plane::kSource, 3>(at, bytes);
-        UnpackBgr24<L, AcrossLanes<L, typename At::Store>>(bytes, px);
+        UnpackBgr24<L, AcrossLanes<L>>(bytes, px);
         if constexpr (kAlphaPlane) {
             AddAlphaBytes(at, px);
         } else {
@@ -159,7 +159,7 @@ struct ExtractAlpha : Pixels<1, 16, 0> {
     void Block(const At& at) const {
         typename At::V px[4];
         LoadVectors<Plane::kSource, 4>(at, px);
-        Put<Plane::kDestination>(at, 0, AlphaBytes<typename At::L, typename At::Store>(px));
+        Put<Plane::kDestination>(at, 0, AlphaBytes<typename At::L>(px));
     }
     template <class At>
     void Single(const At& at) const {
