@@ -75,7 +75,7 @@ struct Avx2Register {
     // lane exchange each way.
     template <int k>
     ZENK_VECTOR_OP void ToMemoryOrder(const V v[k], V w[k]) {
-        [&]<int... m>(std::integer_sequence<int, m...>) {
+        [&]<int... m>(std::integer_sequence<int, m...>) ZENK_INLINE_LAMBDA {
             ((w[m] = _mm256_permute2x128_si256(v[2 * m % k], v[(2 * m + 1) % k],
                                                 (2 * m / k) | (2 + (2 * m + 1) / k) << 4)),
              ...);
@@ -83,7 +83,7 @@ struct Avx2Register {
     }
     template <int k>
     ZENK_VECTOR_OP void FromMemoryOrder(const V w[k], V v[k]) {
-        [&]<int... i>(std::integer_sequence<int, i...>) {
+        [&]<int... i>(std::integer_sequence<int, i...>) ZENK_INLINE_LAMBDA {
             ((v[i] = _mm256_permute2x128_si256(w[i / 2], w[(k + i) / 2], (i % 2) | (2 + (k + i) % 2) << 4)), ...);
         }(std::make_integer_sequence<int, k>{});
     }
