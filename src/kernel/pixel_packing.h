@@ -45,15 +45,15 @@ inline typename S::V UnpackFourBgr(typename S::V bytes) {
 // ---- Whole registers in memory order ----------------------------------------------------
 //
 // Repacking BGR32, BGR24 and alpha bytes computes nothing, so its blocks
-// need not follow the lane model: with every lane filled, a block can be
-// loaded as whole registers of consecutive bytes, rearranged across lanes
-// and stored the same way (streamed where the store policy streams). It reads and writes the
+// need not follow the lane model: with every lane filled and ordinary
+// stores, a block can be loaded as whole registers of consecutive bytes,
+// rearranged across lanes and stored the same way. It reads and writes the
 // same bytes with fewer instructions. A layer of one lane is in memory order
 // already; a wider one takes this path where it has the cross-lane moves
 // (JoinTwelves, SplitTwelves, DwordsToMemoryOrder, WidenBytes: AVX2 and
 // AVX-512).
-template <class L>
-concept AcrossLanes = L::kLanes > 1 && L::kActiveLanes == L::kLanes &&
+template <class L, class Store>
+concept AcrossLanes = L::kLanes > 1 && L::kActiveLanes == L::kLanes && !Store::kStreaming &&
                       requires(const typename L::V* in, typename L::V* out) { L::JoinTwelves(in, out); };
 
 // Sixteen BGRA pixels (four a vector) to 48 BGR bytes in three vectors, in

@@ -189,15 +189,15 @@ inline void PutBlock(const A& a, const typename A::V v[k]) {
 // across lanes (AcrossLanes, pixel_packing.h), else as above.
 template <Plane p, int k, class A>
 inline void LoadVectors(const A& a, typename A::V v[k]) {
-    if constexpr (AcrossLanes<typename A::L>)
+    if constexpr (AcrossLanes<typename A::L, typename A::Store>)
         for (int m = 0; m < k; ++m) v[m] = A::L::LoadWhole(Ptr<p>(a) + sizeof(v[0]) * m);
     else
         LoadBlock<p, k>(a, v);
 }
 template <Plane p, int k, class A>
 inline void StoreVectors(const A& a, const typename A::V v[k]) {
-    if constexpr (AcrossLanes<typename A::L>)
-        for (int m = 0; m < k; ++m) A::L::template Put<typename A::Store>(Ptr<p>(a) + sizeof(v[0]) * m, v[m], 16);
+    if constexpr (AcrossLanes<typename A::L, typename A::Store>)
+        for (int m = 0; m < k; ++m) A::L::StoreWhole(Ptr<p>(a) + sizeof(v[0]) * m, v[m]);
     else
         PutBlock<p, k>(a, v);
 }

@@ -138,7 +138,10 @@ struct WideLanes : R {
     template <class Store, int k>
     ZENK_VECTOR_OP void PutBlock(void* p, const V v[k]) {
         auto* bytes = static_cast<uint8_t*>(p);
-        if constexpr (kActive == R::kLanes) {
+        // Streamed, only a block that lies on a register boundary goes in
+        // memory order: 16-byte streaming stores of the other blocks measured
+        // faster in lane order (3840x2160, AMD EPYC).
+        if (kActive == R::kLanes && (!Store::kStreaming || (reinterpret_cast<uintptr_t>(p) & (sizeof(V) - 1)) == 0)) {
             V w[k];
             R::template ToMemoryOrder<k>(v, w);
             for (int m = 0; m < k; ++m) Put<Store>(bytes + sizeof(V) * m, w[m], 16);

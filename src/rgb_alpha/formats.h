@@ -40,13 +40,14 @@ struct Pixels {
 // Four vectors (B, G, R, A in each 32-bit lane): pixels 4i..4i+3 of each
 // lane's block in vector i, or, where the layer moves bytes across lanes
 // (AcrossLanes), consecutive pixels in consecutive registers. Loads, packing
-// and stores of one block take the same order from the layer.
+// and stores of one block take the same order from the layer and the
+// block's store policy.
 
 // The fourth byte of each pixel, in pixel order.
-template <class L>
+template <class L, class Store>
 inline typename L::V AlphaBytes(const typename L::V px[4]) {
     const auto bytes = L::PackS16ToU8(AlphaWords<L>(px[0], px[1]), AlphaWords<L>(px[2], px[3]));
-    if constexpr (AcrossLanes<L>)
+    if constexpr (AcrossLanes<L, Store>)
         return L::DwordsToMemoryOrder(bytes);
     else
         return bytes;
@@ -55,7 +56,7 @@ inline typename L::V AlphaBytes(const typename L::V px[4]) {
 template <class At>
 inline void AddAlphaBytes(const At& at, typename At::V px[4]) {
     using L = typename At::L;
-    if constexpr (AcrossLanes<L>) {
+    if constexpr (AcrossLanes<L, typename At::Store>) {
         const uint8_t* const alpha = Ptr<Plane::kSourceAlpha>(at);
         for (int m = 0; m < 4; ++m) px[m] = L::Or(px[m], L::template Shl32<24>(L::WidenBytes(alpha + sizeof(px[0]) / 4 * m)));
     } else {
@@ -101,9 +102,9 @@ struct Bgr32ToBgr24 : Pixels<3, 16, 1> {
         using L = typename At::L;
         typename L::V px[4], out[3];
         LoadVectors<Plane::kSource, 4>(at, px);
-        PackBgr24<L, AcrossLanes<L>>(px, out);
+        PackBgr24<L, AcrossLanes<L, typename At::Store>>(px, out);
         StoreVectors<Plane::kDestination, 3>(at, out);
-        if constexpr (kSplit) Put<Plane::kDestinationAlpha, 16, UnalignedStore>(at, 0, AlphaBytes<L>(px));
+        if constexpr (kSplit) Put<Plane::kDestinationAlpha, 16, UnalignedStore>(at, 0, AlphaBytes<L, typename At::Store>(px));
     }
     template <class At>
     void Single(const At& at) const {
@@ -126,7 +127,7 @@ struct Bgr24ToBgr32 : Pixels<4, 16, 1> {
         using L = typename At::L;
         typename L::V bytes[3], px[4];
         LoadVectors<Plane::kSource, 3>(at, bytes);
-        UnpackBgr24<L, AcrossLanes<L>>(bytes, px);
+        UnpackBgr24<L, AcrossLanes<L, typename At::Store>>(bytes, px);
         if constexpr (kAlphaPlane) {
             AddAlphaBytes(at, px);
         } else {
@@ -159,7 +160,7 @@ struct ExtractAlpha : Pixels<1, 16, 0> {
     void Block(const At& at) const {
         typename At::V px[4];
         LoadVectors<Plane::kSource, 4>(at, px);
-        Put<Plane::kDestination>(at, 0, AlphaBytes<typename At::L>(px));
+        Put<Plane::kDestination>(at, 0, AlphaBytes<typename At::L, typename At::Store>(px));
     }
     template <class At>
     void Single(const At& at) const {
