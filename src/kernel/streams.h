@@ -73,13 +73,17 @@ struct Streams {
     uint8_t*& Destination() { return at[kDestination]; }
     uint8_t* Destination() const { return at[kDestination]; }
 
-    // On past one unit, or past a block in each of `lanes` lanes.
+    // On past one unit, past a block in each of `lanes` lanes, or past
+    // `count` blocks.
     void NextUnit() {
         ForEach([&]<int i>() ZENK_INLINE_LAMBDA { at[i] += kUnitBytes[i]; });
     }
     template <int32_t lanes>
     void NextBlock() {
         ForEach([&]<int i>() ZENK_INLINE_LAMBDA { at[i] += kBlockBytes[i] * lanes; });
+    }
+    void NextBlocks(int32_t count) {
+        ForEach([&]<int i>() ZENK_INLINE_LAMBDA { at[i] += static_cast<intptr_t>(kBlockBytes[i]) * count; });
     }
     // On to the next line of a frame, by each plane's skip.
     void NextLine(const Request& r) {
