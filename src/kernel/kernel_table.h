@@ -102,7 +102,13 @@ IsaLevel ActiveIsaLevel();
 #if ZENK_WIDER_LEVELS
 #define ZENK_LEVEL_SET_(family, enumerator, name, layer, header, flags) &::zenk::name::family::kKernels,
 #else
-#define ZENK_LEVEL_SET_(family, enumerator, name, layer, header, flags) &::zenk::ZENK_ISA::family::kKernels,
+// Every unit is the baseline's. (ZENK_ISA itself expands through the level
+// list, which cannot expand again inside the list's own expansion.)
+namespace zenk {
+namespace ZENK_ISA {}
+namespace baseline_level = ZENK_ISA;
+}  // namespace zenk
+#define ZENK_LEVEL_SET_(family, enumerator, name, layer, header, flags) &::zenk::baseline_level::family::kKernels,
 #endif
 #define ZENK_DECLARE_KERNEL_LEVELS(family)                                                              \
     ZENK_FOR_EACH_ISA_LEVEL(ZENK_DECLARE_LEVEL_SET_, family)                                            \

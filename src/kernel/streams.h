@@ -42,6 +42,16 @@ inline uint8_t* ChromaLine(uint8_t* luma_line, int32_t stride, int32_t height) {
     return reinterpret_cast<uint8_t*>(reinterpret_cast<uintptr_t>(luma_line) + distance);
 }
 
+// The first stream of plane p among S (-1: none).
+template <class... S>
+constexpr int FindStream(Plane p) {
+    constexpr Plane kPlanes[] = {S::kWhere...};
+    constexpr bool kUsed[] = {S::kUsed...};
+    for (int i = 0; i < static_cast<int>(sizeof...(S)); ++i)
+        if (kPlanes[i] == p && kUsed[i]) return i;
+    return -1;
+}
+
 // The streams of a format and their running pointers, one a stream, in the
 // order the format lists them. Every format writes the destination plane:
 // the head rule measures its stream, and a pair mode's next line runs on
@@ -49,18 +59,14 @@ inline uint8_t* ChromaLine(uint8_t* luma_line, int32_t stride, int32_t height) {
 template <class... S>
 struct Streams {
     static constexpr int kCount = sizeof...(S);
-    static constexpr Plane kPlanes[] = {S::kWhere...};
-    static constexpr bool kUsed[] = {S::kUsed...};
-    static constexpr int32_t kUnitBytes[] = {S::kUnitBytes...};
-    static constexpr int32_t kBlockBytes[] = {S::kBlockBytes...};
+    static constexpr Plane kPlanes[kCount] = {S::kWhere...};
+    static constexpr bool kUsed[kCount] = {S::kUsed...};
+    static constexpr int32_t kUnitBytes[kCount] = {S::kUnitBytes...};
+    static constexpr int32_t kBlockBytes[kCount] = {S::kBlockBytes...};
 
     // The stream of plane p (-1: none).
-    static constexpr int Find(Plane p) {
-        for (int i = 0; i < kCount; ++i)
-            if (kPlanes[i] == p && kUsed[i]) return i;
-        return -1;
-    }
-    static constexpr int kDestination = Find(Plane::kDestination);
+    static constexpr int Find(Plane p) { return FindStream<S...>(p); }
+    static constexpr int kDestination = FindStream<S...>(Plane::kDestination);
     static_assert(kDestination >= 0, "every format writes the destination plane");
 
     // Every stream at the start of a line: the source and destination
