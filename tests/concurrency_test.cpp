@@ -106,7 +106,10 @@ std::vector<void*> LoadAtEveryLevel() {
     std::vector<void*> instances;
     for (const char* level : {"sse2", "avx2", "avx512"}) {
         const std::filesystem::path copy = library.parent_path() / (std::string("concurrency-") + level + kSuffix);
-        std::filesystem::copy_file(library, copy, std::filesystem::copy_options::overwrite_existing);
+        // Removed first: GCC 12's copy_file on Windows fails on an existing
+        // file even when told to overwrite it.
+        std::filesystem::remove(copy);
+        std::filesystem::copy_file(library, copy);
         SetLevel(level);
         instances.push_back(Load(copy));
         if (instances.back() == nullptr) ADD_FAILURE() << LoadError();
