@@ -22,7 +22,9 @@ g++ -std=c++20 -O2 -Iinclude -o "$out/dll_timing" bench/dll_timing.cpp -ldl
 x86_64-w64-mingw32-g++-posix -std=c++20 -O2 -Iinclude -static -o "$out/dll_timing.exe" bench/dll_timing.cpp
 
 linux_library=$(ls build/linux-x64/libZenkTranscoderLibrary.so.* | head -1)
-windows_library="Z:$PWD/build/windows-x64/ZenkTranscoderLibrary.dll"
+# Backslashes: LoadLibraryEx searches the DLL's own folder only for a path
+# written the Windows way.
+windows_library=$(tr / '\\' <<<"Z:$PWD/build/windows-x64/ZenkTranscoderLibrary.dll")
 export WINEPREFIX=$PWD/$out/wine-prefix WINEDEBUG=-all
 scripts/wine64 wineboot --init >/dev/null 2>&1 || true
 
