@@ -72,13 +72,10 @@ std::string Fixed(double value, int decimals) {
 constexpr double kLevelGainTarget = 1.8;
 constexpr double kLevelMemoryLimit = 1.1;
 
-// The level the library chooses on this processor, as its load-time check
-// finds it (src/kernel/cpu.cpp), capped by ZENK_CPU where that is set.
+// The level the library chooses on this processor, by its own load-time
+// check (src/kernel/cpu.cpp, built into the suite), capped by ZENK_CPU.
 std::string BestLevel() {
-    std::string level = "sse2";
-    if (__builtin_cpu_supports("avx2")) level = "avx2";
-    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl"))
-        level = "avx512";
+    std::string level = zenk::IsaLevelName(zenk::ProcessorIsaLevel());
     if (const char* cap = std::getenv("ZENK_CPU")) level += std::string(", ZENK_CPU=") + cap;
     return level;
 }
@@ -172,18 +169,27 @@ std::string Tables(const Results& results) {
         }
     }
 
+    // The capped levels' columns, narrowest first; the first is the baseline.
+    std::string level_columns, level_rule;
+    for (int level = 0; level < kCappedLevels; ++level) {
+        level_columns += std::string("`") + zenk::IsaLevelName(static_cast<zenk::IsaLevel>(level)) + "`" +
+                         (level + 2 < kCappedLevels ? ", " : level + 1 < kCappedLevels ? " and " : "");
+        level_rule += "---:|";
+    }
+    const std::string baseline = zenk::IsaLevelName(zenk::IsaLevel{});
     md << "### Instruction-set levels\n\nThe exports on aligned pictures with ordinary stores at each level, "
           "time per frame in ms; `best` is the level the library chose at load on this processor (**"
-       << BestLevel() << "**), `sse2` and `avx2` instances of the library loaded with ZENK_CPU capping them. "
+       << BestLevel() << "**), " << level_columns << " instances of the library loaded with ZENK_CPU capping them. "
        << "Ratios are speed ratios as above.\n\n";
-    md << "| export | family | size | sse2 | avx2 | best | best vs sse2 | best vs libyuv | best vs libyuv SSSE3 | "
-          "best vs memcpy | target |\n|---|---|---|---:|---:|---:|---:|---:|---:|---:|---|\n";
+    md << "| export | family | size | ";
+    for (int level = 0; level < kCappedLevels; ++level) md << zenk::IsaLevelName(static_cast<zenk::IsaLevel>(level)) << " | ";
+    md << "best | best vs " << baseline << " | best vs libyuv | best vs libyuv SSSE3 | best vs memcpy | target |\n|---|---|---|"
+       << level_rule << "---:|---:|---:|---:|---:|---|\n";
     for (int si = 0; si < kSizeCount; ++si) {
         for (int ci = 0; ci < static_cast<int>(cases.size()); ++ci) {
             const Case& c = cases[ci];
             const Measurement& best = At(results, ci, si, Impl::kAligned);
-            const Measurement& sse2 = At(results, ci, si, Impl::kLevelSse2);
-            const Measurement& avx2 = At(results, ci, si, Impl::kLevelAvx2);
+            const Measurement& sse2 = At(results, ci, si, LevelImpl(0));  // the baseline
             if (!best.ran || !sse2.ran) continue;
             const Measurement& yuv = At(results, ci, si, Impl::kLibyuv);
             const Measurement& mem = At(results, ci, si, Impl::kMemory);
@@ -199,9 +205,12 @@ std::string Tables(const Results& results) {
             if (kSizes[si].ring && !colour && mem.ran)
                 add("memcpy", best.seconds <= kLevelMemoryLimit * mem.seconds);
             if (yuv.ran) add("libyuv", yuv.seconds >= best.seconds);
-            md << "| " << c.name << " | " << c.family << " | " << kSizes[si].name << " | "
-               << Fixed(sse2.seconds * 1e3, 3) << " | " << (avx2.ran ? Fixed(avx2.seconds * 1e3, 3) : "–") << " | "
-               << Fixed(best.seconds * 1e3, 3) << " | " << Ratio(best, sse2) << " | " << Ratio(best, yuv) << " | "
+            md << "| " << c.name << " | " << c.family << " | " << kSizes[si].name << " | ";
+            for (int level = 0; level < kCappedLevels; ++level) {
+                const Measurement& m = At(results, ci, si, LevelImpl(level));
+                md << (m.ran ? Fixed(m.seconds * 1e3, 3) : "–") << " | ";
+            }
+            md << Fixed(best.seconds * 1e3, 3) << " | " << Ratio(best, sse2) << " | " << Ratio(best, yuv) << " | "
                << Ratio(best, At(results, ci, si, Impl::kLibyuvSsse3)) << " | " << Ratio(best, mem) << " | "
                << (target.empty() ? "–" : target) << " |\n";
         }
@@ -274,7 +283,7 @@ std::string Tables(const Results& results) {
                 const Measurement& m = results[ci][si][ii];
                 if (!m.ran) continue;
                 const Impl impl = static_cast<Impl>(ii);
-                const bool ours = ii <= static_cast<int>(Impl::kLevelAvx2);
+                const bool ours = IsOurs(impl);
                 if (ours) ++ours_checked;
                 if (m.allocations > 0) {
                     std::string entry = std::string("- ") + cases[ci].name + " " + ImplName(impl) + " " +

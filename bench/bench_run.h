@@ -6,16 +6,25 @@
 #include <vector>
 
 #include "bench_cases.h"
+#include "kernel/cpu.h"
 
 namespace zenk_bench {
 
 // Our four kernel variants (chosen by the export from the picture's
 // alignment and use_streaming_stores), the peers, and the memory reference.
 // kAligned runs the exports at the level the library chose at load (the
-// processor's best); kLevelSse2 and kLevelAvx2 run them, on the same aligned
-// pictures, in instances of the library loaded with ZENK_CPU capping them.
-enum class Impl { kAligned, kAlignedStreaming, kAny, kAnyStreaming, kLevelSse2, kLevelAvx2, kLibyuv, kLibyuvSsse3, kSwscale, kMemory, kCount };
+// processor's best); the capped levels, every instruction-set level but the
+// widest (kLevel + the level's number), run them on the same aligned
+// pictures in instances of the library loaded with ZENK_CPU capping them.
+constexpr int kCappedLevels = zenk::kIsaLevelCount - 1;
+enum class Impl { kAligned, kAlignedStreaming, kAny, kAnyStreaming, kLibyuv, kLibyuvSsse3, kSwscale, kMemory, kLevel,
+                  kCount = kLevel + kCappedLevels };
 constexpr int kImplCount = static_cast<int>(Impl::kCount);
+constexpr Impl LevelImpl(int level) { return static_cast<Impl>(static_cast<int>(Impl::kLevel) + level); }
+// The level an instance runs at (-1: the processor's best).
+constexpr int CappedLevel(Impl impl) { return impl >= Impl::kLevel ? static_cast<int>(impl) - static_cast<int>(Impl::kLevel) : -1; }
+// Our exports, at any level, as opposed to the peers and memcpy.
+constexpr bool IsOurs(Impl impl) { return impl < Impl::kLibyuv || impl >= Impl::kLevel; }
 const char* ImplName(Impl impl);
 
 // HD runs on one pair of pictures that stays in the cache; UHD runs on a

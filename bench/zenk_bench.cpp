@@ -37,15 +37,20 @@ const char* ImplName(Impl impl) {
         case Impl::kAlignedStreaming: return "zenk_aligned_nt";
         case Impl::kAny: return "zenk_any";
         case Impl::kAnyStreaming: return "zenk_any_nt";
-        case Impl::kLevelSse2: return "zenk_sse2";
-        case Impl::kLevelAvx2: return "zenk_avx2";
         case Impl::kLibyuv: return "libyuv";
         case Impl::kLibyuvSsse3: return "libyuv_ssse3";
         case Impl::kSwscale: return "swscale";
         case Impl::kMemory: return "memcpy";
-        case Impl::kCount: break;
+        default: break;
     }
-    return "?";
+    // zenk_<level> for the capped levels.
+    static const auto kLevelNames = [] {
+        std::vector<std::string> names;
+        for (int level = 0; level < kCappedLevels; ++level)
+            names.push_back(std::string("zenk_") + zenk::IsaLevelName(static_cast<zenk::IsaLevel>(level)));
+        return names;
+    }();
+    return CappedLevel(impl) >= 0 ? kLevelNames[CappedLevel(impl)].c_str() : "?";
 }
 
 std::string BenchmarkName(const Case& c, const PictureSize& size, Impl impl) {
@@ -283,8 +288,8 @@ void RunBenchmark(benchmark::State& state, int case_index, int size_index, Impl 
 #endif
 
     Export zenk = c.zenk;
-    if (baseline || impl == Impl::kLevelSse2 || impl == Impl::kLevelAvx2) {
-        const char* level = impl == Impl::kLevelSse2 ? "sse2" : impl == Impl::kLevelAvx2 ? "avx2" : nullptr;
+    if (baseline || CappedLevel(impl) >= 0) {
+        const char* level = CappedLevel(impl) >= 0 ? zenk::IsaLevelName(static_cast<zenk::IsaLevel>(CappedLevel(impl))) : nullptr;
         zenk = Instance(c.zenk, baseline ? BaselineLibrary() : nullptr, level);
         if (zenk == nullptr) {
             state.SkipWithError("the library could not be loaded at that level");
@@ -292,12 +297,12 @@ void RunBenchmark(benchmark::State& state, int case_index, int size_index, Impl 
         }
     }
 
+    // A capped level's instance converts as the aligned variant does.
+    const Impl kind = CappedLevel(impl) >= 0 ? Impl::kAligned : impl;
     auto convert = [&](const Frame& f) {
-        switch (impl) {
+        switch (kind) {
             case Impl::kAligned:
             case Impl::kAny:
-            case Impl::kLevelSse2:
-            case Impl::kLevelAvx2:
             case Impl::kAlignedStreaming:
             case Impl::kAnyStreaming: {
                 const bool streaming = impl == Impl::kAlignedStreaming || impl == Impl::kAnyStreaming;
@@ -324,7 +329,7 @@ void RunBenchmark(benchmark::State& state, int case_index, int size_index, Impl 
                 else
                     std::memcpy(f.dst.plane, f.src.plane, copy_bytes);
                 break;
-            case Impl::kCount: break;
+            default: break;
         }
         benchmark::ClobberMemory();
     };
@@ -368,8 +373,8 @@ void RegisterAll() {
     for (int ci = 0; ci < static_cast<int>(cases.size()); ++ci) {
         const Case& c = cases[ci];
         for (int si = 0; si < kSizeCount; ++si) {
-            std::vector<Impl> impls = {Impl::kAligned, Impl::kAlignedStreaming, Impl::kAny, Impl::kAnyStreaming,
-                                       Impl::kLevelSse2, Impl::kLevelAvx2};
+            std::vector<Impl> impls = {Impl::kAligned, Impl::kAlignedStreaming, Impl::kAny, Impl::kAnyStreaming};
+            for (int level = 0; level < kCappedLevels; ++level) impls.push_back(LevelImpl(level));
 #ifdef ZENK_BENCH_LIBYUV
             if (c.libyuv != nullptr) {
                 impls.push_back(Impl::kLibyuv);
@@ -385,7 +390,7 @@ void RegisterAll() {
                 g_registered[name] = {ci, si, impl};
                 Register(name, ci, si, impl, false);
                 // The report knows only this build's figures.
-                if (BaselineLibrary() != nullptr && static_cast<int>(impl) <= static_cast<int>(Impl::kLevelAvx2)) {
+                if (BaselineLibrary() != nullptr && IsOurs(impl)) {
                     const std::string ours = std::string("/") + ImplName(impl) + "/";
                     std::string base = name;
                     base.replace(base.find(ours), ours.size(), "/base_" + std::string(ImplName(impl) + 5) + "/");

@@ -78,12 +78,12 @@ while read -r from to options; do
   pair=$from-$to
   # Each option only where the tool lists it for the pair.
   matrix=() range=() alpha=()
-  if [[ $options == *--src-matrix* ]]; then matrix=(--src-matrix 601 --dst-matrix 709)
-  elif [[ $options == *--matrix* ]]; then matrix=(--matrix 601); fi
-  [[ $options == *--full-range* ]] && range=(--full-range --clamp-luma)
-  [[ $options == *--alpha* ]] && alpha=(--alpha 77)
+  if [[ $options == *matrices* ]]; then matrix=(--src-matrix 601 --dst-matrix 709 --clamp-luma)
+  elif [[ $options == *matrix* ]]; then matrix=(--matrix 601); fi
+  [[ $options == *range* ]] && range=(--full-range --clamp-luma)
+  [[ $options == *alpha* ]] && alpha=(--alpha 77)
   threads=()
-  [[ $options == *--threads* ]] && threads=(--threads 2)
+  [[ $options == *threads* ]] && threads=(--threads 2)
 
   for card in "${cards[@]}"; do
     for size in "$aligned" "$odd"; do
@@ -97,10 +97,11 @@ while read -r from to options; do
   # Full range with the studio chroma sets, as host option 128 = 0 asks.
   ZENK_HOST_OPTION_128=0 convert "$pair.studio-chroma.$aligned" bars75 "$aligned" "$from" "$to" "${range[@]}"
 
-  if [[ $options =~ --vertical-mode\ ([0-9|]+) ]]; then
-    IFS='|' read -r -a modes <<<"${BASH_REMATCH[1]}"
+  modes=()
+  [[ $options == *proxy* ]] && modes+=(1 2)
+  [[ $options == *double* ]] && modes+=(3)
+  if [ ${#modes[@]} -gt 0 ]; then
     for mode in "${modes[@]}"; do
-      [ "$mode" = 0 ] && continue
       for scan in 1 2; do
         convert "$pair.scan$scan.mode$mode" keyed-bars "$pairs_size" "$from" "$to" --scan-mode "$scan" --vertical-mode "$mode"
         convert "$pair.scan$scan.mode$mode.fields" keyed-bars "$pairs_size" "$from" "$to" --scan-mode "$scan" --vertical-mode "$mode" --field-pair

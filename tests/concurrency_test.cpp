@@ -15,6 +15,7 @@
 #include <thread>
 #include <vector>
 
+#include "kernel/isa_levels.h"
 #include "support/def_names.h"
 #include "zenk_transcoder.h"
 
@@ -104,7 +105,8 @@ ZenkConversionRequest Request(Pictures& p, uint32_t seed) {
 std::vector<void*> LoadAtEveryLevel() {
     const std::filesystem::path library = LibraryPath();
     std::vector<void*> instances;
-    for (const char* level : {"sse2", "avx2", "avx512"}) {
+#define ZENK_LEVEL_NAME_(enumerator, name, layer, header, flags) #name,
+    for (const char* level : {ZENK_FOR_EACH_ISA_LEVEL(ZENK_LEVEL_NAME_)}) {
         const std::filesystem::path copy = library.parent_path() / (std::string("concurrency-") + level + kSuffix);
         // Removed first: GCC 12's copy_file on Windows fails on an existing
         // file even when told to overwrite it.

@@ -2,7 +2,7 @@
 // library that the tests configure.
 #include <gtest/gtest.h>
 
-#include "frame/host_option.h"
+#include "frame/module.h"
 #include "support/counting_host_settings.h"
 #include "support/host_option_fixture.h"
 

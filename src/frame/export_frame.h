@@ -3,15 +3,13 @@
 // an alpha pass to a colour conversion. Each family's export file
 // (exports_<family>.cpp) is a list of one-line exports built from these:
 // each line names the kernel quad or table the export runs, and the quad's
-// definition in the family's <family>_kernels.cpp names its templates.
+// definition in the family's <family>_kernels.cpp names its templates. The
+// public header gives every export C linkage, default visibility and the
+// cdecl convention; the definitions spell out their names, so that a search
+// for an export's name finds its line.
 #pragma once
 
 #include "kernel/kernel_table.h"
-
-// Defines an extended export, spelled out in full so that a search for the
-// export's name finds its line. The public header gives it C linkage,
-// default visibility and the cdecl convention.
-#define ZENK_EXPORT_EX(name) extern "C" void ZENK_CALL name(const ZenkConversionRequest* request)
 
 namespace zenk {
 

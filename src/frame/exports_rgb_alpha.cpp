@@ -9,22 +9,22 @@ using namespace zenk::rgb_alpha;
 static const Kernels& Level() { return AtActiveLevel(kKernelsAt); }
 
 // Four-kernel exports.
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_BGR32I_EX) { RunFourKernel(kCopyBgr32Test, Level().copy_bgr32, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_BGR24I_EX) { RunFourKernel(kToBgr24Test, Level().bgr32_to_bgr24, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_BGR32I_EX) { RunFourKernel(kToBgr32Test, Level().bgr24_to_bgr32, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_BGR24I_EX) { RunFourKernel(kToBgr24Test, Level().copy_bgr24, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_BGR24IA8P_EX) { RunFourKernel(kSplitTest, Level().split_bgr32, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_A8P_A8P_EX) { RunFourKernel(kAlphaPlaneTest, Level().copy_alpha_plane, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_A8C_A8P_EX) { RunFourKernel(kAlphaPlaneTest, Level().fill_alpha_plane, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR32I_A8P_EX) { RunFourKernel(kExtractAlphaTest, Level().extract_alpha, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_BGR32I_EX) { RunFourKernel(kExtractAlphaTest, Level().merge_alpha, request); }
+void ZENK_CALL ZENK_SSE2_BGR32I_BGR32I_EX(const ZenkConversionRequest* request) { RunFourKernel(kCopyBgr32Test, Level().copy_bgr32, request); }
+void ZENK_CALL ZENK_SSE2_BGR32I_BGR24I_EX(const ZenkConversionRequest* request) { RunFourKernel(kToBgr24Test, Level().bgr32_to_bgr24, request); }
+void ZENK_CALL ZENK_SSE2_BGR24I_BGR32I_EX(const ZenkConversionRequest* request) { RunFourKernel(kToBgr32Test, Level().bgr24_to_bgr32, request); }
+void ZENK_CALL ZENK_SSE2_BGR24I_BGR24I_EX(const ZenkConversionRequest* request) { RunFourKernel(kToBgr24Test, Level().copy_bgr24, request); }
+void ZENK_CALL ZENK_SSE2_BGR32I_BGR24IA8P_EX(const ZenkConversionRequest* request) { RunFourKernel(kSplitTest, Level().split_bgr32, request); }
+void ZENK_CALL ZENK_SSE2_A8P_A8P_EX(const ZenkConversionRequest* request) { RunFourKernel(kAlphaPlaneTest, Level().copy_alpha_plane, request); }
+void ZENK_CALL ZENK_SSE2_A8C_A8P_EX(const ZenkConversionRequest* request) { RunFourKernel(kAlphaPlaneTest, Level().fill_alpha_plane, request); }
+void ZENK_CALL ZENK_SSE2_BGR32I_A8P_EX(const ZenkConversionRequest* request) { RunFourKernel(kExtractAlphaTest, Level().extract_alpha, request); }
+void ZENK_CALL ZENK_SSE2_BGR24IA8P_BGR32I_EX(const ZenkConversionRequest* request) { RunFourKernel(kExtractAlphaTest, Level().merge_alpha, request); }
 
 // Composites.
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24I_BGR24IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_BGR24I_BGR24I_EX, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_BGR24IA8P_EX) { RunAlphaCopyComposite(ZENK_SSE2_BGR24I_BGR24I_EX, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_BGR24IA8P_A8P_EX) { CopySourceAlphaPlane(request); }
-ZENK_EXPORT_EX(ZENK_SSE2_UYVY16IA8P_A8P_EX) { CopySourceAlphaPlane(request); }
-ZENK_EXPORT_EX(ZENK_SSE2_YUYV16IA8P_A8P_EX) { CopySourceAlphaPlane(request); }
+void ZENK_CALL ZENK_SSE2_BGR24I_BGR24IA8P_EX(const ZenkConversionRequest* request) { RunConstantAlphaComposite(ZENK_SSE2_BGR24I_BGR24I_EX, request); }
+void ZENK_CALL ZENK_SSE2_BGR24IA8P_BGR24IA8P_EX(const ZenkConversionRequest* request) { RunAlphaCopyComposite(ZENK_SSE2_BGR24I_BGR24I_EX, request); }
+void ZENK_CALL ZENK_SSE2_BGR24IA8P_A8P_EX(const ZenkConversionRequest* request) { CopySourceAlphaPlane(request); }
+void ZENK_CALL ZENK_SSE2_UYVY16IA8P_A8P_EX(const ZenkConversionRequest* request) { CopySourceAlphaPlane(request); }
+void ZENK_CALL ZENK_SSE2_YUYV16IA8P_A8P_EX(const ZenkConversionRequest* request) { CopySourceAlphaPlane(request); }
 
 // Plain entry points.
 ZENK_PLAIN_EXPORT(BGR32I_BGR32I, PlainFullRange::kNotSet)

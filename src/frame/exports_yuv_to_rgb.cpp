@@ -9,26 +9,26 @@ using namespace zenk::yuv_to_rgb;
 static const Kernels& Level() { return AtActiveLevel(kKernelsAt); }
 
 // Table exports.
-ZENK_EXPORT_EX(ZENK_SSE2_UYVY16I_BGR32I_EX) { RunTableExport(Level().uyvy_to_bgr32, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_Y8PUV8I_BGR32I_EX) { RunTableExport(Level().planar_to_bgr32, request); }
+void ZENK_CALL ZENK_SSE2_UYVY16I_BGR32I_EX(const ZenkConversionRequest* request) { RunTableExport(Level().uyvy_to_bgr32, request); }
+void ZENK_CALL ZENK_SSE2_Y8PUV8I_BGR32I_EX(const ZenkConversionRequest* request) { RunTableExport(Level().planar_to_bgr32, request); }
 
 // Four-kernel exports.
-ZENK_EXPORT_EX(ZENK_SSE2_YUYV16I_BGR32I_EX) { RunFourKernel(kPackedToBgr32Test, Level().yuyv_to_bgr32, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_UYVY16I_BGR24I_EX) { RunFourKernel(kToBgr24Test, Level().uyvy_to_bgr24, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_YUYV16I_BGR24I_EX) { RunFourKernel(kToBgr24Test, Level().yuyv_to_bgr24, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_UVYY16I_BGR24I_EX) { RunFourKernel(kToBgr24Test, Level().uvyy_to_bgr24, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_Y8PUV8I_BGR24I_EX) { RunFourKernel(kToBgr24Test, Level().planar_to_bgr24, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_Y8PUV8IA8P_BGR32I_EX) { RunFourKernel(kPlanarAlphaToBgr32Test, Level().planar_alpha_to_bgr32, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_YUYV16IA8P_BGR32I_EX) { RunFourKernel(kPackedToBgr32Test, Level().yuyv_alpha_to_bgr32, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_UYVY16IA8P_BGR32I_EX) { RunFourKernel(kPackedToBgr32Test, Level().uyvy_alpha_to_bgr32, request); }
+void ZENK_CALL ZENK_SSE2_YUYV16I_BGR32I_EX(const ZenkConversionRequest* request) { RunFourKernel(kPackedToBgr32Test, Level().yuyv_to_bgr32, request); }
+void ZENK_CALL ZENK_SSE2_UYVY16I_BGR24I_EX(const ZenkConversionRequest* request) { RunFourKernel(kToBgr24Test, Level().uyvy_to_bgr24, request); }
+void ZENK_CALL ZENK_SSE2_YUYV16I_BGR24I_EX(const ZenkConversionRequest* request) { RunFourKernel(kToBgr24Test, Level().yuyv_to_bgr24, request); }
+void ZENK_CALL ZENK_SSE2_UVYY16I_BGR24I_EX(const ZenkConversionRequest* request) { RunFourKernel(kToBgr24Test, Level().uvyy_to_bgr24, request); }
+void ZENK_CALL ZENK_SSE2_Y8PUV8I_BGR24I_EX(const ZenkConversionRequest* request) { RunFourKernel(kToBgr24Test, Level().planar_to_bgr24, request); }
+void ZENK_CALL ZENK_SSE2_Y8PUV8IA8P_BGR32I_EX(const ZenkConversionRequest* request) { RunFourKernel(kPlanarAlphaToBgr32Test, Level().planar_alpha_to_bgr32, request); }
+void ZENK_CALL ZENK_SSE2_YUYV16IA8P_BGR32I_EX(const ZenkConversionRequest* request) { RunFourKernel(kPackedToBgr32Test, Level().yuyv_alpha_to_bgr32, request); }
+void ZENK_CALL ZENK_SSE2_UYVY16IA8P_BGR32I_EX(const ZenkConversionRequest* request) { RunFourKernel(kPackedToBgr32Test, Level().uyvy_alpha_to_bgr32, request); }
 
 // Composites: the colour pass, then the destination alpha plane.
-ZENK_EXPORT_EX(ZENK_SSE2_Y8PUV8I_BGR24IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_Y8PUV8I_BGR24I_EX, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_UVYY16I_BGR24IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_UVYY16I_BGR24I_EX, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_YUYV16I_BGR24IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_YUYV16I_BGR24I_EX, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_UYVY16I_BGR24IA8P_EX) { RunConstantAlphaComposite(ZENK_SSE2_UYVY16I_BGR24I_EX, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_YUYV16IA8P_BGR24IA8P_EX) { RunAlphaCopyComposite(ZENK_SSE2_YUYV16I_BGR24I_EX, request); }
-ZENK_EXPORT_EX(ZENK_SSE2_UYVY16IA8P_BGR24IA8P_EX) { RunAlphaCopyComposite(ZENK_SSE2_UYVY16I_BGR24I_EX, request); }
+void ZENK_CALL ZENK_SSE2_Y8PUV8I_BGR24IA8P_EX(const ZenkConversionRequest* request) { RunConstantAlphaComposite(ZENK_SSE2_Y8PUV8I_BGR24I_EX, request); }
+void ZENK_CALL ZENK_SSE2_UVYY16I_BGR24IA8P_EX(const ZenkConversionRequest* request) { RunConstantAlphaComposite(ZENK_SSE2_UVYY16I_BGR24I_EX, request); }
+void ZENK_CALL ZENK_SSE2_YUYV16I_BGR24IA8P_EX(const ZenkConversionRequest* request) { RunConstantAlphaComposite(ZENK_SSE2_YUYV16I_BGR24I_EX, request); }
+void ZENK_CALL ZENK_SSE2_UYVY16I_BGR24IA8P_EX(const ZenkConversionRequest* request) { RunConstantAlphaComposite(ZENK_SSE2_UYVY16I_BGR24I_EX, request); }
+void ZENK_CALL ZENK_SSE2_YUYV16IA8P_BGR24IA8P_EX(const ZenkConversionRequest* request) { RunAlphaCopyComposite(ZENK_SSE2_YUYV16I_BGR24I_EX, request); }
+void ZENK_CALL ZENK_SSE2_UYVY16IA8P_BGR24IA8P_EX(const ZenkConversionRequest* request) { RunAlphaCopyComposite(ZENK_SSE2_UYVY16I_BGR24I_EX, request); }
 
 // Plain entry points: full_range is set when the range argument is 1.
 ZENK_PLAIN_EXPORT_WITH_ALPHA(UYVY16I_BGR32I, PlainFullRange::kFromRange)

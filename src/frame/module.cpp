@@ -1,7 +1,7 @@
 // Module start-up and the host option query.
 #include <atomic>
 
-#include "host_option.h"
+#include "module.h"
 
 namespace zenk {
 namespace {

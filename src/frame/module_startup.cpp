@@ -1,7 +1,7 @@
 // Load-time start-up of the shared library: initialise the application
 // object, which obtains the host settings object. Linked into the shared
 // library only; the tests drive InitInstance themselves.
-#include "host_option.h"
+#include "module.h"
 
 #if defined(_WIN32)
 #include <windows.h>

@@ -5,9 +5,10 @@
 
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "kernel_table.h"
-#include "vector_sse2.h"
+#include "vector_128.h"
 
 namespace zenk::ZENK_ISA {
 
@@ -28,11 +29,11 @@ struct Access {
     static constexpr bool kStreaming = kNonTemporal;
 
     // A 16-byte store to a 16-byte aligned destination.
-    static inline void Store(void* p, Sse2::V v) {
+    static inline void Store(void* p, Vec128::V v) {
         if constexpr (kNonTemporal)
-            Sse2::Stream(p, v);
+            Vec128::Stream(p, v);
         else
-            Sse2::Store(p, v);
+            Vec128::Store(p, v);
     }
 
     // After the last store: the fence that publishes non-temporal stores.
@@ -45,18 +46,18 @@ struct Access {
 // through unaligned ordinary stores, instead of a fault.
 struct UnalignedStore {
     static constexpr bool kStreaming = false;
-    static inline void Store(void* p, Sse2::V v) { Sse2::StoreU(p, v); }
+    static inline void Store(void* p, Vec128::V v) { Vec128::StoreU(p, v); }
 };
 
 // A plane whose alignment no export tests: each 16-byte store is aligned
 // where the address allows, unaligned elsewhere.
 struct CheckedStore {
     static constexpr bool kStreaming = false;
-    static inline void Store(void* p, Sse2::V v) {
+    static inline void Store(void* p, Vec128::V v) {
         if ((reinterpret_cast<uintptr_t>(p) & 15u) == 0)
-            Sse2::Store(p, v);
+            Vec128::Store(p, v);
         else
-            Sse2::StoreU(p, v);
+            Vec128::StoreU(p, v);
     }
 };
 
@@ -75,6 +76,25 @@ void StoresAsRequested(const Request* r) {
         kCached(r);
 }
 
+// The vectors of a coefficient block, filled by its family's setup routine:
+// the block holds the selector words and flags given, then pointers to n
+// vectors on the kernel's stack, which the setup writes (those it leaves
+// alone stay zero). Every family broadcasts the ones it uses to its layer.
+template <size_t n>
+struct CoefficientVectors {
+    Vector128 v[n];
+    const Vector128& operator[](size_t i) const { return v[i]; }
+};
+template <class Block, size_t n, class... Selectors>
+inline CoefficientVectors<n> FillCoefficients(void (*setup)(Block*), Selectors... selectors) {
+    CoefficientVectors<n> vectors{};
+    [&]<size_t... i>(std::index_sequence<i...>) {
+        Block block{selectors..., &vectors.v[i]...};
+        setup(&block);
+    }(std::make_index_sequence<n>{});
+    return vectors;
+}
+
 inline uint32_t AddressResidue16(const void* p) {
     return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(p) & 15u);
 }
@@ -91,16 +111,11 @@ inline T* Advance(T* p, int32_t bytes) {
 
 // A UHD picture does not fit the cache, and one thread's own loads (and the
 // reads for ownership of its ordinary stores) do not keep enough lines in
-// flight to use the memory's bandwidth. A kernel's block asks for its source
-// and, unless it streams, its destination this far ahead: 16 cache lines. A
-// prefetch past a plane's end never faults.
+// flight to use the memory's bandwidth. A format that reads ahead
+// (LineRule::prefetch_every) asks for its source line and, unless it
+// streams, its destination line this far ahead: 16 cache lines. A prefetch
+// past a plane's end never faults.
 inline constexpr int32_t kPrefetchAhead = 1024;
-
-template <class A>
-inline void PrefetchAhead(const void* src, const void* dst) {
-    Prefetch(Advance(static_cast<const uint8_t*>(src), kPrefetchAhead));
-    if constexpr (!A::kStreaming) Prefetch(Advance(static_cast<const uint8_t*>(dst), kPrefetchAhead));
-}
 
 // The head or tail bytes of a streaming kernel's line. An ordinary store
 // into a cache line that the blocks' non-temporal stores also fill evicts

@@ -2,26 +2,22 @@
 // the request, the kernel signature, kernel quads and tables, the alignment
 // tests that choose a variant, and the level the library runs at.
 //
-// Kernels are built once per level from the same sources, each level in its
-// own translation units with its own compiler flags. ZENK_ISA names the
-// level a unit is built for (sse2, avx2 or avx512; sse2 unless the build
-// says otherwise), and every kernel header puts its code in the namespace
-// zenk::ZENK_ISA. Each level's inline functions and template instances are
-// then its own symbols: the linker can never hand the SSE2 path a copy
-// compiled with AVX flags. This header holds only types and constants, the
-// same in every unit.
+// Kernels are built once per level (isa_levels.h) from the same sources,
+// each level in its own translation units with its own compiler flags.
+// ZENK_ISA names the level a unit is built for, and every kernel header puts
+// its code in the namespace zenk::ZENK_ISA. Each level's inline functions
+// and template instances are then its own symbols: the linker can never hand
+// the baseline path a copy compiled with wider flags. This header holds only
+// types and constants, the same in every unit.
 #pragma once
 
 #include <cstdint>
 
+#include "isa_levels.h"
 #include "zenk_transcoder.h"
 
-#ifndef ZENK_ISA
-#define ZENK_ISA sse2
-#endif
-
-// x86 builds carry kernels of every level; other processors run the SSE2
-// kernels through SIMDe and have no wider level.
+// x86 builds carry kernels of every level; other processors run the
+// baseline kernels through SIMDe and have no wider level.
 #if defined(__x86_64__) || defined(__i386__) || defined(_M_X64) || defined(_M_IX86)
 #define ZENK_WIDER_LEVELS 1
 #else
@@ -86,8 +82,10 @@ inline constexpr AlignmentTest kTableExportTest = {{16, 8}, {32, 4}};
 // ---- Instruction-set levels ---------------------------------------------------------------
 
 // Every level writes the same bytes; a wider one writes them faster.
-enum class IsaLevel : int { kSse2 = 0, kAvx2 = 1, kAvx512 = 2 };
-inline constexpr int kIsaLevelCount = 3;
+#define ZENK_LEVEL_ENUMERATOR_(enumerator, name, layer, header, flags) enumerator,
+enum class IsaLevel : int { ZENK_FOR_EACH_ISA_LEVEL(ZENK_LEVEL_ENUMERATOR_) };
+#define ZENK_LEVEL_ONE_(...) +1
+inline constexpr int kIsaLevelCount = 0 ZENK_FOR_EACH_ISA_LEVEL(ZENK_LEVEL_ONE_);
 
 // The level the exports run at: the widest this processor and its operating
 // system support, capped by ZENK_CPU (kernel/cpu.cpp). Chosen once, at load.
@@ -98,16 +96,16 @@ IsaLevel ActiveIsaLevel();
 // Declares a family's kernel set at every level, zenk::<level>::<family>::
 // kKernels, and zenk::<family>::kKernelsAt, the sets indexed by IsaLevel.
 // Each level's <family>_kernels.cpp defines its set; where there are no
-// wider levels, their entries are the SSE2 set.
+// wider levels, every entry is the baseline's set.
+#define ZENK_DECLARE_LEVEL_SET_(family, enumerator, name, layer, header, flags) \
+    namespace zenk::name::family { extern const ::zenk::family::Kernels kKernels; }
 #if ZENK_WIDER_LEVELS
-#define ZENK_WIDER_KERNELS(family) &avx2::family::kKernels, &avx512::family::kKernels
+#define ZENK_LEVEL_SET_(family, enumerator, name, layer, header, flags) &::zenk::name::family::kKernels,
 #else
-#define ZENK_WIDER_KERNELS(family) &sse2::family::kKernels, &sse2::family::kKernels
+#define ZENK_LEVEL_SET_(family, enumerator, name, layer, header, flags) &::zenk::ZENK_ISA::family::kKernels,
 #endif
-#define ZENK_DECLARE_KERNEL_LEVELS(family)                                                                   \
-    namespace zenk::sse2::family { extern const ::zenk::family::Kernels kKernels; }                          \
-    namespace zenk::avx2::family { extern const ::zenk::family::Kernels kKernels; }                          \
-    namespace zenk::avx512::family { extern const ::zenk::family::Kernels kKernels; }                        \
-    namespace zenk::family {                                                                                 \
-    inline constexpr const Kernels* kKernelsAt[kIsaLevelCount] = {&sse2::family::kKernels, ZENK_WIDER_KERNELS(family)}; \
+#define ZENK_DECLARE_KERNEL_LEVELS(family)                                                              \
+    ZENK_FOR_EACH_ISA_LEVEL(ZENK_DECLARE_LEVEL_SET_, family)                                            \
+    namespace zenk::family {                                                                            \
+    inline constexpr const Kernels* kKernelsAt[kIsaLevelCount] = {ZENK_FOR_EACH_ISA_LEVEL(ZENK_LEVEL_SET_, family)}; \
     }

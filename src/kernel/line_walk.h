@@ -1,47 +1,45 @@
-// The one line walk of every kernel. A line is cut into a head of single
-// units (pixel pairs, pixels or bytes) up to the destination's first 16-byte
-// boundary, a body of blocks, and a tail of the units left; an aligned kernel
-// converts whole blocks only. Which pixels go through the head, the body and
-// the tail is visible to hosts (the single-unit and block arithmetic of some
-// formats differ), so every format states its rule as policy values:
+// The one line walk of every kernel, and the picture walks built on it. A
+// line is cut into a head of single units (pixel pairs, pixels or bytes) up
+// to the destination's first 16-byte boundary, a body of blocks, and a tail
+// of the units left; an aligned kernel converts whole blocks only. Which
+// pixels go through the head, the body and the tail is visible to hosts (the
+// single-unit and block arithmetic of some formats differ), so every format
+// states its rule (LineRule) and the walk keeps it exactly.
 //
-//   kUnitPixels      pixels a single unit converts: 2 (a pair) or 1
-//   kBlockUnits      units a block converts
-//   kSinglesBelow    a line narrower than this many pixels goes unit by unit
-//   kMisaligned      what an aligned kernel does with a line whose destination
-//                    is off a 16-byte boundary (its export may not test the
-//                    pitch, or the host may set a skip that moves a line)
-//   kStreamEnds      whether a streaming kernel streams its head and tail too
-//   kPrefetchEvery   blocks between two PrefetchAhead calls (0: none)
-//
-// names the vector layer it is written for (Vector: Sse2, or a wider layer
-// whose lanes each hold an SSE2 block), and implements, on the running
-// pointers of its line:
-//
-//   uint8_t* dst                 the destination the head rule measures
-//   int32_t HeadUnits() const    units up to the first 16-byte boundary
-//   template <class Store, class L> void Block()
-//                                one block in each filled lane of L (Vector
-//                                with some or all lanes filled); Store
-//                                writes each 16-byte vector
-//   void Single()                one unit
-//   const void* Ahead() const    the source address to prefetch from
-//   void NextLine(const Request&)  on to the next line by the skips (frames)
-//
-// A format is built either from the request alone, or, where it has
-// per-call constants (coefficient vectors), as F(constants, request,
-// source line, destination line) from a `Constants` type of its own that
-// the kernel builds once; the pair-mode kernels need the second form.
+// A format is its arithmetic and nothing else (the LineFormat concept
+// below): it declares its streams (streams.h), converts one block in the
+// filled lanes of a layer and one unit, reading and writing through the
+// streams at offsets within them, and is built once per call from the
+// request, holding the call's constants. The walk owns every pointer.
 #pragma once
 
-#include "kernel.h"
+#include <concepts>
+#include <utility>
+
 #include "line_addressing.h"
+#include "streams.h"
 
 namespace zenk::ZENK_ISA {
 
 enum class MisalignedLine {
     kBlocksUnaligned,  // whole blocks as ever, written with unaligned stores
     kAsAnyAlignment,   // the line of whole blocks walked head, body and tail
+};
+
+// How a format's lines are cut.
+struct LineRule {
+    int32_t unit_pixels;    // pixels a single unit converts: 2 (a pair) or 1
+    int32_t block_units;    // units a block converts
+    int32_t singles_below;  // a line narrower than this many pixels goes unit by unit
+    // What an aligned kernel does with a line whose destination is off a
+    // 16-byte boundary (its export may not test the pitch, or the host may
+    // set a skip that moves a line).
+    MisalignedLine misaligned = MisalignedLine::kBlocksUnaligned;
+    // Whether a streaming kernel streams its head and tail too.
+    bool stream_ends = false;
+    // Blocks between two read-aheads of the source and destination lines
+    // (0: none).
+    int32_t prefetch_every = 0;
 };
 
 // Units up to the first 16-byte boundary of `p`, for units that write
@@ -51,54 +49,92 @@ inline int32_t UnitsToBoundary(const void* p, uint32_t unit_bytes) {
     return residue ? static_cast<int32_t>((16 - residue) / unit_bytes) : 0;
 }
 
+// The streams of format F at a block or unit, through layer L and store
+// policy Store.
+template <class F, class L, class Store>
+using FormatAt = At<typename F::Planes, L, Store>;
+
+// What the walk asks of a format F:
+//   Vector          the vector layer it is written for (Vec128, or a wider
+//                   layer whose lanes each hold a Vec128 block)
+//   Planes          its Streams
+//   kRule           its LineRule
+//   HeadUnits(dst)  the head's units for a destination line starting at dst
+//   F(request)      the call's constants
+//   Block(at)       one block in each filled lane of at's layer
+//   Single(at)      one unit, on a layer of one lane
+template <class F>
+concept LineFormat = VectorLayer<typename F::Vector> && requires(const F& f, const Request& r, const uint8_t* dst) {
+    typename F::Planes;
+    requires std::same_as<std::remove_cv_t<decltype(F::kRule)>, LineRule>;
+    { F::HeadUnits(dst) } -> std::same_as<int32_t>;
+    F(r);
+    f.Block(std::declval<const FormatAt<F, typename F::Vector, UnalignedStore>&>());
+    f.Single(std::declval<const FormatAt<F, typename F::Vector::template WithLanes<1>, UnalignedStore>&>());
+};
+
 namespace line_walk {
 
-// Head or tail units. A streaming kernel whose format streams its ends
-// converts them into a buffer on the stack and streams that out
-// (StreamBytes); a head or tail is under 64 bytes.
+// `count` units from the line's unit `first`. A streaming kernel whose
+// format streams its ends converts them into a buffer on the stack and
+// streams that out (StreamBytes); a head or tail is under 64 bytes.
 template <class F, class A>
-ZENK_ARITHMETIC void Singles(F& f, int32_t count) {
-    if constexpr (A::kStreaming && F::kStreamEnds) {
+ZENK_ARITHMETIC void Singles(const F& f, typename F::Planes& s, int32_t count, int32_t first) {
+    using One = FormatAt<F, typename F::Vector::template WithLanes<1>, A>;
+    if constexpr (A::kStreaming && F::kRule.stream_ends) {
         if (count <= 0) return;
         alignas(16) uint8_t staged[64];
-        uint8_t* const dst = f.dst;
-        f.dst = staged;
-        for (int32_t i = 0; i < count; ++i) f.Single();
-        const int32_t bytes = static_cast<int32_t>(f.dst - staged);
+        uint8_t* const dst = s.Destination();
+        s.Destination() = staged;
+        for (int32_t i = 0; i < count; ++i, s.NextUnit()) f.Single(One{s, first + i});
+        const int32_t bytes = static_cast<int32_t>(s.Destination() - staged);
         StreamBytes(dst, staged, bytes);
-        f.dst = dst + bytes;
+        s.Destination() = dst + bytes;
     } else {
-        for (int32_t i = 0; i < count; ++i) f.Single();
+        for (int32_t i = 0; i < count; ++i, s.NextUnit()) f.Single(One{s, first + i});
     }
 }
 
-// Blocks go in groups of kPrefetchEvery SSE2 blocks (one where nothing is
-// prefetched), the prefetch before each group's first block but the line's
-// last group. That last prefetch costs more than it brings: on 3840x2160
-// pictures from memory (AMD EPYC, the two builds alternating in one
-// process), leaving out that one prefetch per line made the aligned
+// One block in the first n lanes, then on past them.
+template <class F, class Store, int n>
+ZENK_ARITHMETIC void Block(const F& f, typename F::Planes& s, int32_t unit) {
+    f.Block(FormatAt<F, typename F::Vector::template WithLanes<n>, Store>{s, unit});
+    s.template NextBlock<n>();
+}
+
+// `count` blocks from the line's unit `first`, in groups of prefetch_every
+// blocks (one where nothing is read ahead), the read-ahead before each
+// group's first block but the line's last group. That last read-ahead costs
+// more than it brings: on 3840x2160 pictures from memory (AMD EPYC, the two
+// builds alternating in one process), leaving it out made the aligned
 // kernels of the copies, byte reorders, repacks and alpha extraction 6 to
-// 21 % faster at every level, and the any-alignment ones up to 5 %. A format is
-// written for a vector layer F::Vector of one or more lanes: each block
-// call converts as many SSE2 blocks at once as the layer has lanes, and the
-// blocks left over go through the same code with fewer lanes filled, so
-// that each block reads and writes exactly what it does in the SSE2 kernel.
+// 21 % faster at every level, and the any-alignment ones up to 5 %. Each
+// block call converts as many blocks at once as the layer has lanes; the
+// blocks left over go through the same code with fewer lanes filled, so that
+// each block reads and writes exactly what it does in the baseline kernel.
 template <class F, class A, class Store>
-ZENK_ARITHMETIC void Blocks(F& f, int32_t count) {
+ZENK_ARITHMETIC void Blocks(const F& f, typename F::Planes& s, int32_t count, int32_t first) {
     using W = typename F::Vector;
-    constexpr int32_t kLanes = W::kLanes;
-    constexpr int32_t kGroup = F::kPrefetchEvery > kLanes ? F::kPrefetchEvery / kLanes : 1;
+    constexpr int32_t kLanes = W::kLanes, kEvery = F::kRule.prefetch_every;
+    constexpr int32_t kGroup = kEvery > kLanes ? kEvery / kLanes : 1;
+    constexpr int32_t kSource = F::Planes::Find(Plane::kSource);
+    int32_t unit = first;
     while (count >= kLanes) {
-        if constexpr (F::kPrefetchEvery > 0)
-            if (count >= 2 * kGroup * kLanes) PrefetchAhead<A>(f.Ahead(), f.dst);
-        for (int32_t i = 0; i < kGroup && count >= kLanes; ++i, count -= kLanes) f.template Block<Store, W>();
+        if constexpr (kEvery > 0) {
+            if (count >= 2 * kGroup * kLanes) {
+                if constexpr (kSource >= 0) Prefetch(Advance(s.at[kSource], kPrefetchAhead));
+                if constexpr (!A::kStreaming) Prefetch(Advance(s.Destination(), kPrefetchAhead));
+            }
+        }
+        for (int32_t i = 0; i < kGroup && count >= kLanes; ++i, count -= kLanes, unit += kLanes * F::kRule.block_units)
+            Block<F, Store, kLanes>(f, s, unit);
     }
     if constexpr (kLanes > 1) {
-        if (count == 1) f.template Block<Store, typename W::template WithLanes<1>>();
+        if (count == 1) Block<F, Store, 1>(f, s, unit);
     }
     if constexpr (kLanes > 2) {
-        if (count == 2) f.template Block<Store, typename W::template WithLanes<2>>();
-        if (count == 3) f.template Block<Store, typename W::template WithLanes<3>>();
+        if (count == 2) Block<F, Store, 2>(f, s, unit);
+        if (count == 3) Block<F, Store, 3>(f, s, unit);
     }
 }
 
@@ -107,60 +143,44 @@ ZENK_ARITHMETIC void Blocks(F& f, int32_t count) {
 // One line of `width` pixels. A last pixel that does not fill a unit is
 // neither converted nor consumed.
 template <class F, class A>
-inline void WalkLine(F& f, int32_t width) {
-    constexpr int32_t kBlockPixels = F::kUnitPixels * F::kBlockUnits;
+inline void WalkLine(const F& f, typename F::Planes& s, int32_t width) {
+    constexpr LineRule kRule = F::kRule;
+    constexpr int32_t kBlockPixels = kRule.unit_pixels * kRule.block_units;
     int32_t head = 0, body, tail = 0;
-    if (A::kAligned && (F::kMisaligned == MisalignedLine::kBlocksUnaligned || Aligned16(f.dst))) {
+    if (A::kAligned && (kRule.misaligned == MisalignedLine::kBlocksUnaligned || Aligned16(s.Destination()))) {
         body = width / kBlockPixels;
     } else {
         if constexpr (A::kAligned) width = width / kBlockPixels * kBlockPixels;
-        const int32_t units = width / F::kUnitPixels;
-        head = width < F::kSinglesBelow ? units : f.HeadUnits();
-        body = (units - head) / F::kBlockUnits;
-        tail = units - head - body * F::kBlockUnits;
+        const int32_t units = width / kRule.unit_pixels;
+        head = width < kRule.singles_below ? units : F::HeadUnits(s.Destination());
+        body = (units - head) / kRule.block_units;
+        tail = units - head - body * kRule.block_units;
     }
-    line_walk::Singles<F, A>(f, head);
+    line_walk::Singles<F, A>(f, s, head, 0);
     // The head brings every supported line start to a boundary; a start it
     // cannot gets the same bytes through unaligned stores instead of a fault.
-    if (Aligned16(f.dst))
-        line_walk::Blocks<F, A, A>(f, body);
+    const int32_t body_units = body * kRule.block_units;
+    if (Aligned16(s.Destination()))
+        line_walk::Blocks<F, A, A>(f, s, body, head);
     else
-        line_walk::Blocks<F, A, UnalignedStore>(f, body);
-    line_walk::Singles<F, A>(f, tail);
+        line_walk::Blocks<F, A, UnalignedStore>(f, s, body, head);
+    line_walk::Singles<F, A>(f, s, tail, head + body_units);
 }
 
-// A picture of 1:1 lines: one running pointer per plane, moved on by the
-// request's skips (F::NextLine).
-template <class F, class A>
-inline void WalkFrame(F& f, const Request& r) {
-    Prefetch(r.src_plane);
-    for (int32_t line = 0; line < r.src_height; ++line) {
-        WalkLine<F, A>(f, r.width);
-        f.NextLine(r);
+// ---- Kernels -------------------------------------------------------------------------------
+
+// The kernel of a 1:1 format F, walked with access policy A: one running
+// pointer a plane, moved on by the request's skips.
+template <LineFormat F, class A>
+ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
+    const F f(*r);
+    typename F::Planes s(*r, r->src_plane, r->dst_plane);
+    Prefetch(r->src_plane);
+    for (int32_t line = 0; line < r->src_height; ++line) {
+        WalkLine<F, A>(f, s, r->width);
+        s.NextLine(*r);
     }
     A::Finish();
-}
-
-// The kernel of a 1:1 format F, walked with access policy A.
-//
-// A format built from the request is walked as a copy: its constructor may
-// hand the object's address to setup code out of line (a coefficient block
-// filled through pointers), and a state whose address has left the kernel
-// stays in memory, its running pointers stored and reloaded around every
-// block. The copy's address never leaves. Constants built apart from the
-// line state (F::Constants) keep the state's address in the kernel by
-// themselves.
-template <class F, class A>
-ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
-    if constexpr (requires { typename F::Constants; }) {
-        const typename F::Constants k(*r);
-        F f(k, *r, r->src_plane, r->dst_plane);
-        WalkFrame<F, A>(f, *r);
-    } else {
-        const F built(*r);
-        F f(built);
-        WalkFrame<F, A>(f, *r);
-    }
 }
 
 // The four variants of a 1:1 format's kernel.
@@ -168,18 +188,45 @@ template <class F>
 inline constexpr KernelQuad kFrameKernels = {
     {&FrameKernel<F, AlignedCached>, &FrameKernel<F, AlignedStreaming>, &FrameKernel<F, AnyCached>, &FrameKernel<F, AnyStreaming>}};
 
-// A pair-mode picture: the constants once, each line's state from its
-// source line (WalkLinePairs) and the destination, which runs on from where
-// the line's last unit left it.
-template <class F, class A>
+// A pair-mode picture: each line's streams from its source line
+// (WalkLinePairs) and the destination, which runs on from where the line's
+// last unit left it.
+template <LineFormat F, class A>
 ZENK_KERNEL_ENTRY void PairModeKernel(const Request* r) {
-    const typename F::Constants k(*r);
+    const F f(*r);
     Prefetch(r->src_plane);
     WalkLinePairs(PairModeLines(r), [&](const uint8_t* src_line, uint8_t*& dst) {
-        F f(k, *r, src_line, dst);
-        WalkLine<F, A>(f, r->width);
-        dst = f.dst;
+        typename F::Planes s(*r, src_line, dst);
+        WalkLine<F, A>(f, s, r->width);
+        dst = s.Destination();
     });
+    A::Finish();
+}
+
+// Line doubling: every source line written to two destination lines.
+//
+// The line addressing gives the source lines (stream A, line_count lines,
+// each advanced by src_advance) but no destination lines for this mode.
+// The destination is taken as the host describes any picture: from
+// dst_plane, one line every dst_stride bytes (a negative pitch walks it
+// bottom-up), so source line n fills destination lines 2n and 2n + 1. A
+// Y8PUV8I destination's chroma lines follow its luma lines in the same way,
+// from dst_plane + dst_stride * dst_height.
+template <LineFormat F, class A>
+ZENK_KERNEL_ENTRY void DoublingKernel(const Request* r) {
+    const F f(*r);
+    Prefetch(r->src_plane);
+    const LineAddressSet set = PairModeLines(r);
+    const uint8_t* src_line = set.src_line_a;
+    uint8_t* dst_line = r->dst_plane;
+    for (int32_t n = 0; n < set.line_count; ++n) {
+        for (int copy = 0; copy < 2; ++copy) {
+            typename F::Planes s(*r, src_line, dst_line);
+            WalkLine<F, A>(f, s, r->width);
+            dst_line = Advance(dst_line, r->dst_stride);
+        }
+        src_line = Advance(src_line, set.src_advance);
+    }
     A::Finish();
 }
 
@@ -188,5 +235,8 @@ ZENK_KERNEL_ENTRY void PairModeKernel(const Request* r) {
 template <class F>
 inline constexpr Kernel kPairModeKernel =
     &StoresAsRequested<&PairModeKernel<F, AnyCached>, &PairModeKernel<F, AnyStreaming>>;
+template <class F>
+inline constexpr Kernel kDoublingKernel =
+    &StoresAsRequested<&DoublingKernel<F, AnyCached>, &DoublingKernel<F, AnyStreaming>>;
 
 }  // namespace zenk::ZENK_ISA

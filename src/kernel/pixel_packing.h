@@ -1,18 +1,18 @@
 // Byte layouts shared by several families, written once on the vector layer
-// (S is a vector type such as Sse2; every operation stays within 128-bit
+// (S is a vector type such as Vec128; every operation stays within 128-bit
 // blocks): BGR32 <-> BGR24 packing, the alpha byte of BGR32 pixels, the
 // chroma and luma words of packed 4:2:2, and the exchange that turns UVYY16I
 // byte order into UYVY16I and back.
 #pragma once
 
-#include "vector_sse2.h"
+#include "vector_128.h"
 
 namespace zenk::ZENK_ISA {
 
 // ---- BGR32 and BGR24 -------------------------------------------------------------------
 
 // A layer with byte shuffles (AVX2 and wider) gathers the 3-byte pixels in
-// one instruction; the SSE2 layer shifts and masks. The bytes are the same.
+// one instruction; the baseline layer shifts and masks. The bytes are the same.
 template <class S>
 concept HasByteShuffle = requires(typename S::V v) { S::ShuffleBytes(v, v); };
 
@@ -130,25 +130,29 @@ inline typename S::V ExchangeMiddleBytes(typename S::V v) {
     return S::Or(outer, S::Or(byte1_up, byte2_down));
 }
 
-// The packed 4:2:2 byte orders: UYVY16I (Cb, Y0, Cr, Y1) has chroma in the
-// low byte of each word and luma in the high byte, YUYV16I (Y0, Cb, Y1, Cr)
-// the other way round, and UVYY16I (Cb, Cr, Y0, Y1) is UYVY16I with the two
-// middle bytes of each pair exchanged.
-enum class Packed { kUyvy, kYuyv, kUvyy };
+// The 4:2:2 YUV layouts. The packed byte orders: UYVY16I (Cb, Y0, Cr, Y1)
+// has chroma in the low byte of each word and luma in the high byte,
+// YUYV16I (Y0, Cb, Y1, Cr) the other way round, and UVYY16I (Cb, Cr, Y0,
+// Y1) is UYVY16I with the two middle bytes of each pair exchanged. Y8PUV8I
+// is planar: a luma plane and an interleaved chroma plane of one byte a
+// pixel each, which share the skip.
+enum class YuvLayout { kUyvy, kYuyv, kUvyy, kPlanar };
 
-template <Packed kOrder, class S>
+template <YuvLayout kOrder, class S>
+    requires(kOrder != YuvLayout::kPlanar)
 inline Words422<S> UnpackWords(typename S::V v) {
-    if constexpr (kOrder == Packed::kUvyy) v = ExchangeMiddleBytes<S>(v);
+    if constexpr (kOrder == YuvLayout::kUvyy) v = ExchangeMiddleBytes<S>(v);
     const auto low = S::And(v, S::Set16(0x00FF)), high = S::template Shr16<8>(v);
-    return kOrder == Packed::kYuyv ? Words422<S>{high, low} : Words422<S>{low, high};
+    return kOrder == YuvLayout::kYuyv ? Words422<S>{high, low} : Words422<S>{low, high};
 }
 
 // Words back to bytes, each saturated to 0..255.
-template <Packed kOrder, class S>
+template <YuvLayout kOrder, class S>
+    requires(kOrder != YuvLayout::kPlanar)
 inline typename S::V PackWords(const Words422<S>& w) {
-    const auto low = kOrder == Packed::kYuyv ? w.luma : w.chroma, high = kOrder == Packed::kYuyv ? w.chroma : w.luma;
+    const auto low = kOrder == YuvLayout::kYuyv ? w.luma : w.chroma, high = kOrder == YuvLayout::kYuyv ? w.chroma : w.luma;
     const auto v = S::PackS16ToU8(S::Lo16(low, high), S::Hi16(low, high));
-    if constexpr (kOrder == Packed::kUvyy)
+    if constexpr (kOrder == YuvLayout::kUvyy)
         return ExchangeMiddleBytes<S>(v);
     else
         return v;
@@ -177,7 +181,7 @@ inline void StoreLow(uint8_t* p, typename S::V v) {
         S::Put32(p, v, 0);
     } else {
         static_assert(kBytes == 2);
-        const uint32_t bits = static_cast<uint32_t>(Sse2::Low32(S::Lane0(v)));
+        const uint32_t bits = static_cast<uint32_t>(Vec128::Low32(S::Lane0(v)));
         std::memcpy(p, &bits, kBytes);
     }
 }

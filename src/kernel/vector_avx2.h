@@ -16,10 +16,10 @@ struct Avx2Register {
 
 #define ZENK_MM(op) _mm256_##op
 #define ZENK_SI(op) _mm256_##op##si256
-#include "vector_lanewise.inc"
+#include "vector_x86_lanewise.inc"
     ZENK_VECTOR_OP V Set64(uint64_t x) { return _mm256_set1_epi64x(static_cast<long long>(x)); }
     ZENK_VECTOR_OP V Broadcast(__m128i lane) { return _mm256_broadcastsi128_si256(lane); }
-    ZENK_VECTOR_OP V Set64x2(uint64_t low, uint64_t high) { return Broadcast(Sse2::Set64x2(low, high)); }
+    ZENK_VECTOR_OP V Set64x2(uint64_t low, uint64_t high) { return Broadcast(Vec128::Set64x2(low, high)); }
     template <int n> ZENK_VECTOR_OP V ShlBytes(V v) { return _mm256_slli_si256(v, n); }
     template <int n> ZENK_VECTOR_OP V ShrBytes(V v) { return _mm256_srli_si256(v, n); }
     template <int imm> ZENK_VECTOR_OP V Shuffle32(V v) { return _mm256_shuffle_epi32(v, imm); }
@@ -43,7 +43,7 @@ struct Avx2Register {
     ZENK_VECTOR_OP V LoadWhole(const void* p) { return _mm256_loadu_si256(static_cast<const V*>(p)); }
     ZENK_VECTOR_OP void StoreWhole(void* p, V v) { _mm256_storeu_si256(static_cast<V*>(p), v); }
     ZENK_VECTOR_OP V Load64Packed(const void* p) {
-        return _mm256_permute4x64_epi64(Zext(Sse2::LoadU(p)), 0xD8);
+        return _mm256_permute4x64_epi64(Zext(Vec128::LoadU(p)), 0xD8);
     }
     // ---- Byte moves in memory order (kernel/pixel_packing.h), as in
     // vector_avx512.h: dword permutes place each register's useful dwords,
@@ -64,7 +64,7 @@ struct Avx2Register {
     }
     ZENK_VECTOR_OP V DwordsToMemoryOrder(V v) { return Permute(v, 0, 4, 1, 5, 2, 6, 3, 7); }
     // Eight bytes to the low bytes of eight dwords.
-    ZENK_VECTOR_OP V WidenBytes(const void* p) { return _mm256_cvtepu8_epi32(Sse2::Load64(p)); }
+    ZENK_VECTOR_OP V WidenBytes(const void* p) { return _mm256_cvtepu8_epi32(Vec128::Load64(p)); }
 
     // Register m of a block holds its 16-byte pieces 2m and 2m + 1; piece c
     // is lane c / k of vector c % k, and vector i is pieces i and k + i. One

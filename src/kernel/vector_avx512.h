@@ -21,10 +21,10 @@ struct Avx512Register {
 
 #define ZENK_MM(op) _mm512_##op
 #define ZENK_SI(op) _mm512_##op##si512
-#include "vector_lanewise.inc"
+#include "vector_x86_lanewise.inc"
     ZENK_VECTOR_OP V Set64(uint64_t x) { return _mm512_set1_epi64(static_cast<long long>(x)); }
     ZENK_VECTOR_OP V Broadcast(__m128i lane) { return _mm512_broadcast_i32x4(lane); }
-    ZENK_VECTOR_OP V Set64x2(uint64_t low, uint64_t high) { return Broadcast(Sse2::Set64x2(low, high)); }
+    ZENK_VECTOR_OP V Set64x2(uint64_t low, uint64_t high) { return Broadcast(Vec128::Set64x2(low, high)); }
     template <int n> ZENK_VECTOR_OP V ShlBytes(V v) { return _mm512_bslli_epi128(v, n); }
     template <int n> ZENK_VECTOR_OP V ShrBytes(V v) { return _mm512_bsrli_epi128(v, n); }
     template <int imm> ZENK_VECTOR_OP V Shuffle32(V v) { return _mm512_shuffle_epi32(v, static_cast<_MM_PERM_ENUM>(imm)); }
@@ -90,7 +90,7 @@ struct Avx512Register {
         return _mm512_permutexvar_epi32(_mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15), v);
     }
     // Sixteen bytes to the low bytes of sixteen dwords.
-    ZENK_VECTOR_OP V WidenBytes(const void* p) { return _mm512_cvtepu8_epi32(Sse2::LoadU(p)); }
+    ZENK_VECTOR_OP V WidenBytes(const void* p) { return _mm512_cvtepu8_epi32(Vec128::LoadU(p)); }
 
     // A block of two vectors: two-source permutes of 64-bit elements. Of
     // four: a transpose of 4 x 4 lanes, its own inverse. Of three (a BGR24

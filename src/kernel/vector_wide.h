@@ -1,14 +1,14 @@
 // What the wide vector layers share: a register of several 128-bit lanes in
-// which lane j holds what the SSE2 kernel's register holds in its block j.
-// The lane-wise arithmetic comes from the register (vector_lanewise.inc),
-// so it computes the SSE2 bytes by construction; only the loads and stores
+// which lane j holds what the baseline kernel's register holds in its block j.
+// The lane-wise arithmetic comes from the register (vector_x86_lanewise.inc),
+// so it computes the baseline's bytes by construction; only the loads and stores
 // here know about lanes. Lane j of a stream is `step` bytes past lane j - 1,
-// where `step` is what the stream moves per SSE2 block.
+// where `step` is what the stream moves per block of the baseline.
 //
 // WideLanes<R, n> fills the first n lanes of register R (Avx2Register,
 // Avx512Register): all of them in the body of a line, fewer for the blocks
-// left over, so that a leftover SSE2 block reads and writes exactly the
-// SSE2 kernel's bytes. A register R gives, besides the arithmetic:
+// left over, so that a leftover block reads and writes exactly the
+// baseline kernel's bytes. A register R gives, besides the arithmetic:
 //   Lane<j>(v), Cast(lane), Zext(lane),
 //   Insert<j>(v, lane)                           single lanes (Cast leaves
 //                                                the other lanes undefined)
@@ -24,7 +24,7 @@
 
 #include <utility>
 
-#include "vector_sse2.h"
+#include "vector_128.h"
 
 #ifndef __AVX2__
 #error "vector_wide.h belongs to the translation units built with AVX2 or AVX-512 flags"
@@ -64,24 +64,24 @@ struct WideLanes : R {
         if constexpr (kActive == R::kLanes) {
             if (step == 16) return R::LoadWhole(p);
         }
-        return Gather(p, step, [](const uint8_t* b) { return Sse2::LoadU(b); });
+        return Gather(p, step, [](const uint8_t* b) { return Vec128::LoadU(b); });
     }
     ZENK_VECTOR_OP V Load64(const void* p, int32_t step) {
         if constexpr (kActive == R::kLanes) {
             if (step == 8) return R::Load64Packed(p);
         }
-        return Gather(p, step, [](const uint8_t* b) { return Sse2::Load64(b); });
+        return Gather(p, step, [](const uint8_t* b) { return Vec128::Load64(b); });
     }
     ZENK_VECTOR_OP V Load32(const void* p, int32_t step) {
-        return Gather(p, step, [](const uint8_t* b) { return Sse2::Load32(b); });
+        return Gather(p, step, [](const uint8_t* b) { return Vec128::Load32(b); });
     }
     ZENK_VECTOR_OP V Load16(const void* p, int32_t step) {
-        return Gather(p, step, [](const uint8_t* b) { return Sse2::Load16(b); });
+        return Gather(p, step, [](const uint8_t* b) { return Vec128::Load16(b); });
     }
 
     // ---- Stores: lane j to p + j * step, through the 128-bit store policy
     // (aligned, non-temporal or unaligned) or as the low 8/4 bytes.
-    ZENK_VECTOR_OP __m128i Lane0(V v) { return R::template Lane<0>(v); }
+    ZENK_VECTOR_OP Vector128 Lane0(V v) { return R::template Lane<0>(v); }
     template <class Each>
     ZENK_VECTOR_OP void Scatter(void* p, V v, int32_t step, Each each) {
         auto* b = static_cast<uint8_t*>(p);
@@ -92,16 +92,16 @@ struct WideLanes : R {
         if constexpr (kActive == R::kLanes && !Store::kStreaming) {
             if (step == 16) return R::StoreWhole(p, v);
         }
-        Scatter(p, v, step, [](uint8_t* b, __m128i lane) { Store::Store(b, lane); });
+        Scatter(p, v, step, [](uint8_t* b, Vector128 lane) { Store::Store(b, lane); });
     }
     ZENK_VECTOR_OP void Put64(void* p, V v, int32_t step) {
-        Scatter(p, v, step, [](uint8_t* b, __m128i lane) { Sse2::Put64(b, lane); });
+        Scatter(p, v, step, [](uint8_t* b, Vector128 lane) { Vec128::Put64(b, lane); });
     }
     ZENK_VECTOR_OP void Put32(void* p, V v, int32_t step) {
-        Scatter(p, v, step, [](uint8_t* b, __m128i lane) { Sse2::Put32(b, lane); });
+        Scatter(p, v, step, [](uint8_t* b, Vector128 lane) { Vec128::Put32(b, lane); });
     }
     // Two streams written lane by lane in turn (x's lane j, then y's), for
-    // planes that may overlap: the later store wins as in the SSE2 kernel.
+    // planes that may overlap: the later store wins as in the baseline kernel.
     template <class Store>
     ZENK_VECTOR_OP void PutLanesInTurn(void* p, V x, void* q, V y, int32_t step) {
         ForLanes([&]<int j>() {

@@ -7,6 +7,8 @@
 // converts the block j blocks on.
 #pragma once
 
+#include <cstring>
+
 #include "kernel/line_walk.h"
 #include "kernel/pixel_packing.h"
 #include "rgb_alpha_kernels.h"
@@ -15,39 +17,22 @@ namespace zenk::ZENK_ISA::rgb_alpha {
 
 using namespace ::zenk::rgb_alpha;
 
-// The running pointers of one picture walk and the constant alpha, which
-// sits in the fourth byte of a pixel. Units are pixels (or alpha bytes) of
-// kDstBytes destination bytes, kBlock of them a block; every kPrefetch
-// blocks ask for their lines ahead.
+// Units are pixels (or alpha bytes) of kDstBytes destination bytes, kBlock
+// of them a block; every kPrefetch blocks ask for their lines ahead. A line
+// an aligned kernel finds off its boundary goes head, body and tail, and
+// streaming kernels stream their ends too.
 template <int kDstBytes, int32_t kBlock, int32_t kPrefetch>
-struct Planes {
-    static constexpr MisalignedLine kMisaligned = MisalignedLine::kAsAnyAlignment;
-    static constexpr bool kStreamEnds = true;
-    static constexpr int32_t kUnitPixels = 1, kSinglesBelow = 16, kBlockUnits = kBlock, kPrefetchEvery = kPrefetch;
-
-    explicit Planes(const Request& r)
-        : src(r.src_plane), src_alpha(r.src_alpha_plane), dst(r.dst_plane), dst_alpha(r.dst_alpha_plane),
-          alpha_byte(static_cast<uint8_t>(r.alpha_value)) {}
+struct Pixels {
+    static constexpr LineRule kRule{.unit_pixels = 1, .block_units = kBlock, .singles_below = 16,
+                                    .misaligned = MisalignedLine::kAsAnyAlignment, .stream_ends = true,
+                                    .prefetch_every = kPrefetch};
     // A 3-byte pixel does not divide 16, so its head comes from a table.
-    int32_t HeadUnits() const {
+    static int32_t HeadUnits(const uint8_t* dst) {
         if constexpr (kDstBytes == 3)
             return kBgr24HeadPixels[AddressResidue16(dst)];
         else
             return UnitsToBoundary(dst, kDstBytes);
     }
-    const void* Ahead() const { return src; }
-    void NextLine(const Request& r) {
-        src = Advance(src, r.src_skip);
-        src_alpha = Advance(src_alpha, r.src_alpha_skip);
-        dst = Advance(dst, r.dst_skip);
-        dst_alpha = Advance(dst_alpha, r.dst_alpha_skip);
-    }
-
-    const uint8_t* src;
-    const uint8_t* src_alpha;
-    uint8_t* dst;
-    uint8_t* dst_alpha;
-    uint8_t alpha_byte;
 };
 
 // ---- Sixteen pixels a lane -----------------------------------------------------------
@@ -57,18 +42,6 @@ struct Planes {
 // (AcrossLanes), consecutive pixels in consecutive registers. Loads, packing
 // and stores of one block take the same order from the block's store policy.
 
-template <class L, class Store>
-inline void LoadBgr24(const uint8_t* p, typename L::V px[4]) {
-    typename L::V bytes[3];
-    LoadVectors<L, Store, 3>(p, bytes);
-    UnpackBgr24<L, AcrossLanes<L, Store>>(bytes, px);
-}
-template <class L, class Store>
-inline void StoreBgr24(uint8_t* p, const typename L::V px[4]) {
-    typename L::V out[3];
-    PackBgr24<L, AcrossLanes<L, Store>>(px, out);
-    StoreVectors<L, Store, 3>(p, out);
-}
 // The fourth byte of each pixel, in pixel order.
 template <class L, class Store>
 inline typename L::V AlphaBytes(const typename L::V px[4]) {
@@ -78,13 +51,15 @@ inline typename L::V AlphaBytes(const typename L::V px[4]) {
     else
         return bytes;
 }
-// The alpha bytes at p into the pixels' fourth bytes.
-template <class L, class Store>
-inline void AddAlphaBytes(const uint8_t* p, typename L::V px[4]) {
-    if constexpr (AcrossLanes<L, Store>) {
-        for (int m = 0; m < 4; ++m) px[m] = L::Or(px[m], L::template Shl32<24>(L::WidenBytes(p + sizeof(px[0]) / 4 * m)));
+// The block's alpha bytes into the pixels' fourth bytes.
+template <class At>
+inline void AddAlphaBytes(const At& at, typename At::V px[4]) {
+    using L = typename At::L;
+    if constexpr (AcrossLanes<L, typename At::Store>) {
+        const uint8_t* const alpha = Ptr<Plane::kSourceAlpha>(at);
+        for (int m = 0; m < 4; ++m) px[m] = L::Or(px[m], L::template Shl32<24>(L::WidenBytes(alpha + sizeof(px[0]) / 4 * m)));
     } else {
-        const auto zero = L::Zero(), alpha = L::LoadU(p, 16);
+        const auto zero = L::Zero(), alpha = Load<Plane::kSourceAlpha>(at);
         const auto low = L::Lo8(zero, alpha), high = L::Hi8(zero, alpha);
         px[0] = L::Or(px[0], L::Lo16(zero, low));
         px[1] = L::Or(px[1], L::Hi16(zero, low));
@@ -98,21 +73,17 @@ inline void AddAlphaBytes(const uint8_t* p, typename L::V px[4]) {
 // A copy of units of kBytes, kVectors 16-byte vectors a block. It moves the
 // same bytes whatever the lane order, so its blocks go as whole registers.
 template <class S, int kBytes, int kVectors, int32_t kPrefetch>
-struct Copy : Planes<kBytes, 16 * kVectors / kBytes, kPrefetch> {
-    using Planes<kBytes, 16 * kVectors / kBytes, kPrefetch>::Planes;
+struct Copy : Pixels<kBytes, 16 * kVectors / kBytes, kPrefetch> {
     using Vector = S;
-    template <class Store, class L = S>
-    void Block() {
-        constexpr int32_t kLaneBytes = 16 * L::kActiveLanes;
-        for (int i = 0; i < kVectors; ++i)
-            L::template Put<Store>(this->dst + kLaneBytes * i, L::LoadU(this->src + kLaneBytes * i, 16), 16);
-        this->src += kVectors * kLaneBytes;
-        this->dst += kVectors * kLaneBytes;
+    using Planes = Streams<Stream<Plane::kSource, kBytes, 16 * kVectors>, Stream<Plane::kDestination, kBytes, 16 * kVectors>>;
+    explicit Copy(const Request&) {}
+    template <class At>
+    void Block(const At& at) const {
+        for (int m = 0; m < kVectors; ++m) PutInOrder<Plane::kDestination>(at, m, LoadInOrder<Plane::kSource>(at, m));
     }
-    void Single() {
-        std::memcpy(this->dst, this->src, kBytes);
-        this->src += kBytes;
-        this->dst += kBytes;
+    template <class At>
+    void Single(const At& at) const {
+        std::memcpy(Ptr<Plane::kDestination>(at), Ptr<Plane::kSource>(at), kBytes);
     }
 };
 
@@ -120,57 +91,59 @@ struct Copy : Planes<kBytes, 16 * kVectors / kBytes, kPrefetch> {
 // The alpha plane's alignment is never tested, so its 16-byte stores are
 // ordinary unaligned stores in every variant.
 template <class S, bool kSplit>
-struct Bgr32ToBgr24 : Planes<3, 16, 1> {
-    using Planes::Planes;
+struct Bgr32ToBgr24 : Pixels<3, 16, 1> {
     using Vector = S;
-    template <class Store, class L = S>
-    void Block() {
-        typename S::V px[4];
-        LoadVectors<L, Store, 4>(src, px);
-        StoreBgr24<L, Store>(dst, px);
-        if constexpr (kSplit) {
-            L::template Put<UnalignedStore>(dst_alpha, AlphaBytes<L, Store>(px), 16);
-            dst_alpha += 16 * L::kActiveLanes;
-        }
-        src += 64 * L::kActiveLanes;
-        dst += 48 * L::kActiveLanes;
+    using Planes = Streams<Stream<Plane::kSource, 4, 64>, Stream<Plane::kDestination, 3, 48>,
+                           Stream<Plane::kDestinationAlpha, 1, 16, kSplit>>;
+    explicit Bgr32ToBgr24(const Request&) {}
+    template <class At>
+    void Block(const At& at) const {
+        using L = typename At::L;
+        typename L::V px[4], out[3];
+        LoadVectors<Plane::kSource, 4>(at, px);
+        PackBgr24<L, AcrossLanes<L, typename At::Store>>(px, out);
+        StoreVectors<Plane::kDestination, 3>(at, out);
+        if constexpr (kSplit) Put<Plane::kDestinationAlpha, 16, UnalignedStore>(at, 0, AlphaBytes<L, typename At::Store>(px));
     }
-    void Single() {
-        std::memcpy(dst, src, 3);
-        if constexpr (kSplit) *dst_alpha++ = src[3];
-        src += 4;
-        dst += 3;
+    template <class At>
+    void Single(const At& at) const {
+        const uint8_t* const src = Ptr<Plane::kSource>(at);
+        std::memcpy(Ptr<Plane::kDestination>(at), src, 3);
+        if constexpr (kSplit) *Ptr<Plane::kDestinationAlpha>(at) = src[3];
     }
 };
 
 // BGR24I to BGR32I, the fourth byte from the alpha plane (kAlphaPlane) or
 // the low byte of alpha_value.
 template <class S, bool kAlphaPlane>
-struct Bgr24ToBgr32 : Planes<4, 16, 1> {
-    using Planes::Planes;
+struct Bgr24ToBgr32 : Pixels<4, 16, 1> {
     using Vector = S;
-    template <class Store, class L = S>
-    void Block() {
-        typename S::V px[4];
-        LoadBgr24<L, Store>(src, px);
+    using Planes = Streams<Stream<Plane::kSource, 3, 48>, Stream<Plane::kSourceAlpha, 1, 16, kAlphaPlane>,
+                           Stream<Plane::kDestination, 4, 64>>;
+    explicit Bgr24ToBgr32(const Request& r) : alpha_byte(static_cast<uint8_t>(r.alpha_value)) {}
+    template <class At>
+    void Block(const At& at) const {
+        using L = typename At::L;
+        typename L::V bytes[3], px[4];
+        LoadVectors<Plane::kSource, 3>(at, bytes);
+        UnpackBgr24<L, AcrossLanes<L, typename At::Store>>(bytes, px);
         if constexpr (kAlphaPlane) {
-            AddAlphaBytes<L, Store>(src_alpha, px);
-            src_alpha += 16 * L::kActiveLanes;
+            AddAlphaBytes(at, px);
         } else {
             const auto alpha_lanes = L::Set32(static_cast<uint32_t>(alpha_byte) << 24);
             for (auto& v : px) v = L::Or(v, alpha_lanes);
         }
-        StoreVectors<L, Store, 4>(dst, px);
-        src += 48 * L::kActiveLanes;
-        dst += 64 * L::kActiveLanes;
+        StoreVectors<Plane::kDestination, 4>(at, px);
     }
-    void Single() {
-        const uint32_t alpha = kAlphaPlane ? *src_alpha++ : alpha_byte;
+    template <class At>
+    void Single(const At& at) const {
+        const uint8_t* const src = Ptr<Plane::kSource>(at);
+        uint32_t alpha = alpha_byte;
+        if constexpr (kAlphaPlane) alpha = *Ptr<Plane::kSourceAlpha>(at);
         const uint32_t bgra = src[0] | static_cast<uint32_t>(src[1]) << 8 | static_cast<uint32_t>(src[2]) << 16 | alpha << 24;
-        std::memcpy(dst, &bgra, 4);
-        src += 3;
-        dst += 4;
+        std::memcpy(Ptr<Plane::kDestination>(at), &bgra, 4);
     }
+    const uint8_t alpha_byte;
 };
 
 // The extraction reads four bytes for each it writes, in one stream the
@@ -178,41 +151,42 @@ struct Bgr24ToBgr32 : Planes<4, 16, 1> {
 // made it slower: 3840x2160 from memory on the AMD EPYC, the two builds
 // alternating in one process, 13 to 20 % at every level.
 template <class S>
-struct ExtractAlpha : Planes<1, 16, 0> {
-    using Planes::Planes;
+struct ExtractAlpha : Pixels<1, 16, 0> {
     using Vector = S;
-    template <class Store, class L = S>
-    void Block() {
-        typename S::V px[4];
-        LoadVectors<L, Store, 4>(src, px);
-        L::template Put<Store>(dst, AlphaBytes<L, Store>(px), 16);
-        src += 64 * L::kActiveLanes;
-        dst += 16 * L::kActiveLanes;
+    using Planes = Streams<Stream<Plane::kSource, 4, 64>, Stream<Plane::kDestination, 1, 16>>;
+    explicit ExtractAlpha(const Request&) {}
+    template <class At>
+    void Block(const At& at) const {
+        typename At::V px[4];
+        LoadVectors<Plane::kSource, 4>(at, px);
+        Put<Plane::kDestination>(at, 0, AlphaBytes<typename At::L, typename At::Store>(px));
     }
-    void Single() {
-        *dst++ = src[3];
-        src += 4;
+    template <class At>
+    void Single(const At& at) const {
+        *Ptr<Plane::kDestination>(at) = Ptr<Plane::kSource>(at)[3];
     }
 };
 
 // The fill value is the low byte of alpha_value: 0x1FF fills 0xFF and 0x100
 // fills 0x00 (truncated, not saturated as the YUV decoders' alpha is).
-// Nothing is read; the prefetch of the value's own address is harmless. A
-// block is 32 bytes and asks for its lines ahead once per 64-byte cache line.
+// Nothing is read. A block is 32 bytes and asks for its destination lines
+// ahead once per 64-byte cache line.
 template <class S>
-struct FillAlphaPlane : Planes<1, 32, 2> {
-    using Planes::Planes;
+struct FillAlphaPlane : Pixels<1, 32, 2> {
     using Vector = S;
-    const void* Ahead() const { return &alpha_byte; }
-    template <class Store, class L = S>
-    void Block() {
-        const auto v = L::Set8(alpha_byte);
-        constexpr int32_t kBytes = 16 * L::kActiveLanes;
-        L::template Put<Store>(dst, v, 16);
-        L::template Put<Store>(dst + kBytes, v, 16);
-        dst += 2 * kBytes;
+    using Planes = Streams<Stream<Plane::kDestination, 1, 32>>;
+    explicit FillAlphaPlane(const Request& r) : alpha_byte(static_cast<uint8_t>(r.alpha_value)) {}
+    template <class At>
+    void Block(const At& at) const {
+        const auto v = At::L::Set8(alpha_byte);
+        PutInOrder<Plane::kDestination>(at, 0, v);
+        PutInOrder<Plane::kDestination>(at, 1, v);
     }
-    void Single() { *dst++ = alpha_byte; }
+    template <class At>
+    void Single(const At& at) const {
+        *Ptr<Plane::kDestination>(at) = alpha_byte;
+    }
+    const uint8_t alpha_byte;
 };
 
 }  // namespace zenk::ZENK_ISA::rgb_alpha

@@ -23,7 +23,7 @@ const Kernels kKernels = {
     // The fill keeps 16-byte stores at every level: on the AMD EPYC the
     // wider ones measured a quarter slower filling a UHD plane, and no
     // faster in the cache (docs/performance.md).
-    .fill_alpha_plane = kFrameKernels<FillAlphaPlane<Sse2>>,
+    .fill_alpha_plane = kFrameKernels<FillAlphaPlane<Vec128>>,
 };
 
 }  // namespace zenk::ZENK_ISA::rgb_alpha

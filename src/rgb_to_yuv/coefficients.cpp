@@ -5,6 +5,8 @@
 namespace zenk::rgb_to_yuv {
 namespace {
 
+using ZENK_ISA::Vec128;
+
 // One weight set in 15-bit fixed point (32768 = 1.0).
 struct WeightSet {
     int16_t kr, kg, kb;        // luma
@@ -38,8 +40,9 @@ constexpr const WeightSet* kSets[2][3] = {{&kBt709Studio, &kBt709FullSwingChroma
 
 // A word quad repeated twice, to be multiplied with a pixel pair arranged as
 // (B0, G0, R0, B1) and (R0, B1, G1, R1).
-void Quad(__m128i* target, int16_t a, int16_t b, int16_t c, int16_t d) {
-    _mm_store_si128(target, _mm_setr_epi16(a, b, c, d, a, b, c, d));
+void Quad(Vector128* target, int16_t a, int16_t b, int16_t c, int16_t d) {
+    const auto word = [](int16_t w) { return static_cast<uint64_t>(static_cast<uint16_t>(w)); };
+    *target = Vec128::Set64(word(a) | word(b) << 16 | word(c) << 32 | word(d) << 48);
 }
 
 }  // namespace
@@ -48,9 +51,9 @@ void SetupRgbToYuvCoefficients(RgbToYuvCoefficients* c) {
     if (c->bitDepth == 8) {
         int column = 0;
         if (c->fullRange == 0) {
-            _mm_store_si128(c->lumaOffset, _mm_set1_epi16(16));
+            Vec128::Store(c->lumaOffset, Vec128::Set16(16));
         } else {
-            _mm_store_si128(c->lumaOffset, _mm_setzero_si128());
+            Vec128::Store(c->lumaOffset, Vec128::Zero());
             column = QueryHostOption() != 0 ? 1 : 2;
         }
         const WeightSet& w = *kSets[c->matrix == 1 ? 1 : 0][column];
@@ -67,8 +70,8 @@ void SetupRgbToYuvCoefficients(RgbToYuvCoefficients* c) {
         }
     }
     // Chroma has no clamp of its own: the kernels only saturate it to 0..255.
-    _mm_store_si128(c->lumaMin, _mm_set1_epi16(c->clampLuma ? 16 : 0));
-    _mm_store_si128(c->lumaMax, _mm_set1_epi16(c->clampLuma ? 235 : 255));
+    Vec128::Store(c->lumaMin, Vec128::Set16(c->clampLuma ? 16 : 0));
+    Vec128::Store(c->lumaMax, Vec128::Set16(c->clampLuma ? 235 : 255));
 }
 
 }  // namespace zenk::rgb_to_yuv

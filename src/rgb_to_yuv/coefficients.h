@@ -2,7 +2,7 @@
 // with which the encoding kernels turn 8-bit B, G, R into Y, Cb and Cr.
 #pragma once
 
-#include "kernel/vector_sse2.h"
+#include "kernel/vector_128.h"
 
 #include <cstdint>
 
@@ -18,15 +18,15 @@ struct RgbToYuvCoefficients {
     uint8_t pointSampledChroma; // 1: two chroma vectors (Cb of the even pixel, Cr of the odd)
     uint8_t clampLuma;          // nonzero: luma limits 16..235
     uint8_t fullRange;          // nonzero: no luma offset, full-range weight sets
-    __m128i* lumaOffset;
-    __m128i* lumaWeightsA;
-    __m128i* lumaWeightsB;
-    __m128i* chromaWeightsA;
-    __m128i* chromaWeightsB;
-    __m128i* chromaWeightsC;    // per-pixel chroma layout only
-    __m128i* chromaWeightsD;    // per-pixel chroma layout only
-    __m128i* lumaMin;
-    __m128i* lumaMax;
+    Vector128* lumaOffset;
+    Vector128* lumaWeightsA;
+    Vector128* lumaWeightsB;
+    Vector128* chromaWeightsA;
+    Vector128* chromaWeightsB;
+    Vector128* chromaWeightsC;    // per-pixel chroma layout only
+    Vector128* chromaWeightsD;    // per-pixel chroma layout only
+    Vector128* lumaMin;
+    Vector128* lumaMax;
 };
 
 // Fills the target vectors from the selectors. With fullRange set it asks

@@ -3,8 +3,8 @@
 // are computed, and how they are laid out and clamped per destination
 // format. The kernels (rgb_to_yuv_kernels.cpp) only add the line walk.
 //
-// Written on the vector layer: S is Sse2 or a wider layer whose lanes each
-// hold what an Sse2 register holds.
+// Written on the vector layer: S is Vec128 or a wider layer whose lanes each
+// hold what a Vec128 register holds.
 #pragma once
 
 #include <cstring>
@@ -21,25 +21,18 @@ using namespace ::zenk::rgb_to_yuv;
 
 // ---- Constants of one call -------------------------------------------------------------
 
-// The kernel's private constant set, in every lane: the coefficient
-// vectors and the fixed vectors of the arithmetic. The coefficient block
-// fills the call's vectors (v: luma offset, two luma and four chroma weight
-// vectors, of which the point-sampled chroma takes two, and the clamps).
+// The call's coefficient vectors, in every lane. The coefficient block
+// fills them (v: luma offset, two luma and four chroma weight vectors, of
+// which the point-sampled chroma takes two, and the clamps).
 template <class S>
 struct Encoder {
     using V = typename S::V;
     V luma_offset, luma_a, luma_b, chroma_a, chroma_b, luma_min, luma_max;
-    V round;           // four 32-bit lanes of 16384: half of the last unit
-    V chroma_offset;   // eight words of 128
-    V chroma_ceiling;  // eight words of 255
 
-    explicit Encoder(const Request& r)
-        : round(S::Set32(1 << 14)), chroma_offset(S::Set16(128)), chroma_ceiling(S::Set16(255)) {
-        __m128i v[9];
-        RgbToYuvCoefficients block{static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8, 1,
-                                   r.clamp_luma, r.full_range, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6], &v[7],
-                                   &v[8]};
-        SetupRgbToYuvCoefficients(&block);
+    explicit Encoder(const Request& r) {
+        const auto v = FillCoefficients<RgbToYuvCoefficients, 9>(
+            SetupRgbToYuvCoefficients, static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8u,
+            uint8_t{1}, r.clamp_luma, r.full_range);
         luma_offset = S::Broadcast(v[0]);
         luma_a = S::Broadcast(v[1]);
         luma_b = S::Broadcast(v[2]);
@@ -89,21 +82,22 @@ ZENK_ARITHMETIC Quads<S> QuadsFromBgr32(typename S::V pairs01, typename S::V pai
 
 // ---- Sources: where the pixels of a pair come from ------------------------------------------
 
-// Block<S>(s) reads four pairs from s (each further lane of a wider layer
-// the next kBlockBytes on); Pair<S>(s) one pair.
+// A source's Block(at) reads four pairs of the source stream's block (each
+// further lane of a wider layer the next block on), Pair(at) one pair.
 
 // Frame modes and line doubling: every BGR32 pixel, a pair per 8 bytes.
 struct Bgr32Pixels {
     static constexpr int kPairBytes = 8;
-    static constexpr int kBlockBytes = 32;
-    template <class S>
-    static Quads<S> Block(const uint8_t* s) {
-        typename S::V pairs[2];
-        S::template LoadBlock<2>(s, pairs);
-        return QuadsFromBgr32<S>(pairs[0], pairs[1]);
+    template <class At>
+    static Quads<typename At::L> Block(const At& at) {
+        typename At::V pairs[2];
+        LoadBlock<Plane::kSource, 2>(at, pairs);
+        return QuadsFromBgr32<typename At::L>(pairs[0], pairs[1]);
     }
-    template <class S>
-    static Quads<S> Pair(const uint8_t* s) { return QuadsFromBgr32<S>(S::Load64(s, 0), S::Zero()); }
+    template <class At>
+    static Quads<typename At::L> Pair(const At& at) {
+        return QuadsFromBgr32<typename At::L>(Load<Plane::kSource, 8>(at), At::L::Zero());
+    }
 };
 
 // Reduction by kFactor: pixels 0 and kFactor of every 2 kFactor form the
@@ -112,21 +106,24 @@ struct Bgr32Pixels {
 template <int kFactor>
 struct Bgr32Reduced {
     static constexpr int kPairBytes = 8 * kFactor;
-    static constexpr int kBlockBytes = 4 * kPairBytes;
-    template <class S>
-    static typename S::V PairAt(const uint8_t* s, int32_t step) {
+    template <class At>
+    static typename At::V PairAt(const At& at, int32_t offset) {
+        using L = typename At::L;
         if constexpr (kFactor == 2)
-            return S::template Shuffle32<Pick(0, 2, 1, 3)>(S::LoadU(s, step));
+            return L::template Shuffle32<Pick(0, 2, 1, 3)>(Load<Plane::kSource>(at, offset));
         else
-            return S::Lo32(S::Load64(s, step), S::Load64(s + 16, step));
+            return L::Lo32(Load<Plane::kSource, 8>(at, offset), Load<Plane::kSource, 8>(at, offset + 16));
     }
-    template <class S>
-    static Quads<S> Block(const uint8_t* s) {
-        const auto at = [s](int i) { return PairAt<S>(s + i * kPairBytes, kBlockBytes); };
-        return QuadsFromBgr32<S>(S::Lo64(at(0), at(1)), S::Lo64(at(2), at(3)));
+    template <class At>
+    static Quads<typename At::L> Block(const At& at) {
+        const auto at_pair = [&](int i) { return PairAt(at, i * kPairBytes); };
+        using L = typename At::L;
+        return QuadsFromBgr32<L>(L::Lo64(at_pair(0), at_pair(1)), L::Lo64(at_pair(2), at_pair(3)));
     }
-    template <class S>
-    static Quads<S> Pair(const uint8_t* s) { return QuadsFromBgr32<S>(PairAt<S>(s, 0), S::Zero()); }
+    template <class At>
+    static Quads<typename At::L> Pair(const At& at) {
+        return QuadsFromBgr32<typename At::L>(PairAt(at, 0), At::L::Zero());
+    }
 };
 
 // BGR24: overlapping 8-byte loads put each pair at the bottom of a 64-bit
@@ -135,14 +132,14 @@ struct Bgr32Reduced {
 // past the group's 24 bytes.
 struct Bgr24Pixels {
     static constexpr int kPairBytes = 6;
-    static constexpr int kBlockBytes = 24;
-    template <class S>
-    static Quads<S> Block(const uint8_t* s) {
-        constexpr int32_t step = kBlockBytes;
-        const auto pairs01 = S::Lo64(S::Load64(s, step), S::Load64(s + 6, step));
-        const auto pairs23 = S::Lo64(S::Load64(s + 12, step), S::template Shr64<16>(S::Load64(s + 16, step)));
-        return {EvenDwords<S>(pairs01, pairs23),
-                EvenDwords<S>(S::template Shr64<16>(pairs01), S::template Shr64<16>(pairs23))};
+    template <class At>
+    static Quads<typename At::L> Block(const At& at) {
+        using L = typename At::L;
+        const auto pairs01 = L::Lo64(Load<Plane::kSource, 8>(at, 0), Load<Plane::kSource, 8>(at, 6));
+        const auto pairs23 =
+            L::Lo64(Load<Plane::kSource, 8>(at, 12), L::template Shr64<16>(Load<Plane::kSource, 8>(at, 16)));
+        return {EvenDwords<L>(pairs01, pairs23),
+                EvenDwords<L>(L::template Shr64<16>(pairs01), L::template Shr64<16>(pairs23))};
     }
     // A single pair (in every BGR24 kernel, packed or planar) takes its
     // second quad from the pair's bytes 8..11, not 2..5: R0 comes from the
@@ -150,9 +147,9 @@ struct Bgr24Pixels {
     // reaches 6 bytes past the pair. Hosts depend on the exact output of the
     // head and tail pairs, so this is kept; a uniform line encodes the same
     // either way.
-    template <class S>
-    static Quads<S> Pair(const uint8_t* s) {
-        return {S::Load32(s, 0), S::Load32(s + 8, 0)};
+    template <class At>
+    static Quads<typename At::L> Pair(const At& at) {
+        return {Load<Plane::kSource, 4>(at, 0), Load<Plane::kSource, 4>(at, 8)};
     }
 };
 
@@ -167,11 +164,11 @@ struct Encoded {
     typename S::V c;
 };
 
-template <class S, class K>
-ZENK_ARITHMETIC typename S::V Weigh(const K& k, typename S::V first, typename S::V second, typename S::V weights_a,
+template <class S>
+ZENK_ARITHMETIC typename S::V Weigh(typename S::V first, typename S::V second, typename S::V weights_a,
                                     typename S::V weights_b) {
     const auto sum = S::Add32(S::MulAdd16(first, weights_a), S::MulAdd16(second, weights_b));
-    return S::template Sar32<15>(S::Add32(sum, k.round));
+    return S::template Sar32<15>(S::Add32(sum, S::Set32(1 << 14)));  // half of the last unit
 }
 
 template <class S, class K>
@@ -179,14 +176,14 @@ ZENK_ARITHMETIC Encoded<S> Encode(const K& k, const Quads<S>& q) {
     const auto zero = S::Zero();
     const auto first01 = S::Lo8(q.first, zero), first23 = S::Hi8(q.first, zero);
     const auto second01 = S::Lo8(q.second, zero), second23 = S::Hi8(q.second, zero);
-    auto y = S::PackS32To16(Weigh<S>(k, first01, second01, k.luma_a, k.luma_b),
-                            Weigh<S>(k, first23, second23, k.luma_a, k.luma_b));
+    auto y = S::PackS32To16(Weigh<S>(first01, second01, k.luma_a, k.luma_b),
+                            Weigh<S>(first23, second23, k.luma_a, k.luma_b));
     // Byte-wise: the weights keep luma within 0..255, so nothing wraps.
     y = S::Add8(y, k.luma_offset);
-    auto c = S::PackS32To16(Weigh<S>(k, first01, second01, k.chroma_a, k.chroma_b),
-                            Weigh<S>(k, first23, second23, k.chroma_a, k.chroma_b));
+    auto c = S::PackS32To16(Weigh<S>(first01, second01, k.chroma_a, k.chroma_b),
+                            Weigh<S>(first23, second23, k.chroma_a, k.chroma_b));
     // The weights cannot take chroma below -128, so only the top is limited.
-    c = S::Min16(S::Add16(c, k.chroma_offset), k.chroma_ceiling);
+    c = S::Min16(S::Add16(c, S::Set16(128)), S::Set16(255));
     return {y, c};
 }
 
@@ -203,11 +200,11 @@ inline void Double(const Encoded<S>& e, Encoded<S>& low, Encoded<S>& high) {
 // Interleave turns eight luma words and eight chroma words into 16 bytes of
 // four pixel pairs in a packed byte order. The UYVY and YUYV orders OR the
 // words together, which the encoder's words, all within 0..255, allow.
-template <Packed kOrder, class S>
+template <YuvLayout kOrder, class S>
 ZENK_ARITHMETIC typename S::V Interleave(typename S::V y, typename S::V c) {
-    if constexpr (kOrder == Packed::kUyvy)
+    if constexpr (kOrder == YuvLayout::kUyvy)
         return S::Or(S::template Shl16<8>(y), c);
-    else if constexpr (kOrder == Packed::kYuyv)
+    else if constexpr (kOrder == YuvLayout::kYuyv)
         return S::Or(y, S::template Shl16<8>(c));
     else
         return S::PackS16ToU8(S::Lo32(c, y), S::Hi32(c, y));
@@ -222,115 +219,80 @@ struct ByteClamp {
     typename S::V Apply(typename S::V v) const { return S::MinU8(S::MaxU8(v, low), high); }
 };
 
-template <Packed kOrder, class S>
+template <YuvLayout kOrder, class S>
 inline ByteClamp<S> MakeByteClamp(const Encoder<S>& k) {
-    return {Interleave<kOrder, S>(k.luma_min, S::Zero()), Interleave<kOrder, S>(k.luma_max, k.chroma_ceiling)};
+    return {Interleave<kOrder, S>(k.luma_min, S::Zero()), Interleave<kOrder, S>(k.luma_max, S::Set16(255))};
 }
 
-// A layout's Block<L, Store>(c, e, calls) writes one block of four pairs
-// (each further lane of L the block `calls` blocks on: doubling writes two
-// per source block) and moves the cursor on by one; Skip moves it on by the
-// blocks the other lanes wrote. Pairs<L, n> writes n pairs.
+// A layout writes pixel pairs: Block(at, e, pair, half) four pairs of a
+// block (a doubled block writes two such halves, the second 4 pairs on),
+// Pairs<n>(at, e, pair) the n pairs of a unit; `pair` is the index in its
+// line of the first pair written.
 
 // A packed 4:2:2 destination: four bytes a pair, one plane.
-template <class S, Packed kOrder>
+template <class S, YuvLayout kOrder>
 struct PackedLayout {
-    struct Cursor {
-        uint8_t* dst;
-        void Skip(int32_t bytes) { dst = Advance(dst, bytes); }
-    };
     static constexpr int kPairBytes = 4;
-    // 16-byte stores need a 16-byte aligned destination after the head.
-    static constexpr bool kAlignedBody = true;
+    static constexpr bool kPlanar = false;
 
     explicit PackedLayout(const Encoder<S>& k) : clamp(MakeByteClamp<kOrder, S>(k)) {}
-    Cursor At(uint8_t* line, const Request&) const { return {line}; }
     template <class L>
     typename S::V Pack(const Encoded<L>& e) const { return clamp.Apply(Interleave<kOrder, L>(e.y, e.c)); }
 
-    template <class L, class Store>
-    void Block(Cursor& c, const Encoded<L>& e, int32_t calls) const {
-        L::template Put<Store>(c.dst, Pack(e), 16 * calls);
-        c.dst += 16;
+    template <class At>
+    void Block(const At& at, const Encoded<typename At::L>& e, int32_t, int32_t half) const {
+        Put<Plane::kDestination>(at, 4 * kPairBytes * half, Pack(e));
     }
-    static void SkipBlocks(Cursor& c, int32_t blocks) { c.dst += 16 * blocks; }
-    template <class L, int kPairs>
-    void Pairs(Cursor& c, const Encoded<L>& e) const {
-        StoreLow<L, 4 * kPairs>(c.dst, Pack(e));
-        c.dst += 4 * kPairs;
+    template <int kPairs, class At>
+    void Pairs(const At& at, const Encoded<typename At::L>& e, int32_t) const {
+        Put<Plane::kDestination, kPairBytes * kPairs>(at, 0, Pack(e));
     }
 
     ByteClamp<S> clamp;
 };
 
-// Planar Y8PUV8I: a luma plane and, dst_stride * dst_height bytes later, a
-// plane of (Cb, Cr) pairs with the same pitch and skip. Lines are written
-// with 8-byte stores, which need no alignment.
+// Planar Y8PUV8I: a luma plane and its chroma plane, two bytes a pair each.
+// Lines are written with 8-byte stores, which need no alignment.
 //
 // The luma clamp takes the four-byte pattern of the UVYY layout, so with
 // clamp_luma set only pixels whose index in the line is 2 or 3 modulo 4 are
 // limited to 16..235; the others keep 0..255. Hosts rely on this exact
 // output. The pattern follows the pixel's position in the line, whichever
-// path (single pair or block) converts it, so the cursor counts the pairs
-// of its line (a block is four pairs, so every lane of a wide block has the
-// pattern of the first). A single pair writes its two luma and two chroma
-// bytes at its own position in the lines, the values a block gives those
-// pixels.
+// path (single pair or block) converts it (a block is four pairs, so every
+// lane of a wide block has the pattern of the first). A single pair writes
+// its two luma and two chroma bytes at its own position in the lines, the
+// values a block gives those pixels.
 template <class S>
 struct PlanarLayout {
-    struct Cursor {
-        uint8_t* dst;  // the luma line
-        uint8_t* chroma;
-        int32_t pairs;  // output pairs written to this line so far
-        void Skip(int32_t bytes) {
-            dst = Advance(dst, bytes);
-            chroma = Advance(chroma, bytes);
-            pairs = 0;
-        }
-    };
     static constexpr int kPairBytes = 2;
-    static constexpr bool kAlignedBody = false;
+    static constexpr bool kPlanar = true;
 
     explicit PlanarLayout(const Encoder<S>& k) {
-        clamp[0] = MakeByteClamp<Packed::kUvyy, S>(k);
-        // The same pattern two pixels on: for lines whose blocks start at a
-        // pixel index of 2 modulo 4.
+        clamp[0] = MakeByteClamp<YuvLayout::kUvyy, S>(k);
+        // The same pattern two pixels on: for blocks that start at a pixel
+        // index of 2 modulo 4.
         clamp[1].low = SwapWordPairs(clamp[0].low);
         clamp[1].high = SwapWordPairs(clamp[0].high);
     }
     static typename S::V SwapWordPairs(typename S::V v) {
         return S::template ShuffleHi16<Pick(1, 0, 3, 2)>(S::template ShuffleLo16<Pick(1, 0, 3, 2)>(v));
     }
-    Cursor At(uint8_t* line, const Request& r) const {
-        return {line, Advance(line, static_cast<int32_t>(static_cast<int64_t>(r.dst_stride) * r.dst_height)), 0};
-    }
     template <class L>
-    typename S::V Luma(const Cursor& c, const Encoded<L>& e) const {
-        return clamp[c.pairs & 1].Apply(L::PackS16ToU8(e.y, e.y));
+    typename S::V Luma(int32_t pair, const Encoded<L>& e) const {
+        return clamp[pair & 1].Apply(L::PackS16ToU8(e.y, e.y));
     }
     template <class L>
     static typename S::V Chroma(const Encoded<L>& e) { return L::PackS16ToU8(e.c, e.c); }
 
-    template <class L, class>
-    void Block(Cursor& c, const Encoded<L>& e, int32_t calls) const {
-        L::Put64(c.dst, Luma(c, e), 8 * calls);
-        L::Put64(c.chroma, Chroma(e), 8 * calls);
-        c.dst += 8;
-        c.chroma += 8;
-        c.pairs += 4;
+    template <class At>
+    void Block(const At& at, const Encoded<typename At::L>& e, int32_t pair, int32_t half) const {
+        Put<Plane::kDestination, 8>(at, 4 * kPairBytes * half, Luma(pair, e));
+        Put<Plane::kDestinationChroma, 8>(at, 4 * kPairBytes * half, Chroma(e));
     }
-    static void SkipBlocks(Cursor& c, int32_t blocks) {
-        c.dst += 8 * blocks;
-        c.chroma += 8 * blocks;
-        c.pairs += 4 * blocks;
-    }
-    template <class L, int kPairs>
-    void Pairs(Cursor& c, const Encoded<L>& e) const {
-        StoreLow<L, 2 * kPairs>(c.dst, Luma(c, e));
-        StoreLow<L, 2 * kPairs>(c.chroma, Chroma(e));
-        c.dst += 2 * kPairs;
-        c.chroma += 2 * kPairs;
-        c.pairs += kPairs;
+    template <int kPairs, class At>
+    void Pairs(const At& at, const Encoded<typename At::L>& e, int32_t pair) const {
+        Put<Plane::kDestination, kPairBytes * kPairs>(at, 0, Luma(pair, e));
+        Put<Plane::kDestinationChroma, kPairBytes * kPairs>(at, 0, Chroma(e));
     }
 
     ByteClamp<S> clamp[2];
@@ -338,95 +300,84 @@ struct PlanarLayout {
 
 // ---- One line -----------------------------------------------------------------------------------
 
-// One line of the walk (kernel/line_walk.h) on the vector layer Vec: Source
-// fixes how a pair and a block of four pairs are read, Layout how they are
-// written; kDouble writes every source pixel twice (line doubling); kAlpha
-// also copies each source pixel's fourth byte to the alpha line. A unit is a
-// source pair: `width` counts the pixels of the narrower picture, so a line
-// has width / 2 pairs whatever the mode. A line narrower than 16 pixels goes
-// pair by pair.
+// The line format of the walk (kernel/line_walk.h) on the vector layer Vec:
+// Source fixes how a pair and a block of four pairs are read, Layout how
+// they are written; kDouble writes every source pixel twice (line
+// doubling); kAlpha also copies each source pixel's fourth byte to the alpha
+// line. A unit is a source pair: `width` counts the pixels of the narrower
+// picture, so a line has width / 2 pairs whatever the mode. A line narrower
+// than 16 pixels goes pair by pair.
 template <class Vec, class Source, class Layout, bool kDouble, bool kAlpha>
-struct LineWriter : Layout::Cursor {
+struct Encoding {
     // Only BGR32 pixels carry a fourth byte.
     static_assert(!kAlpha || std::is_same_v<Source, Bgr32Pixels>);
     using Vector = Vec;
-    static constexpr int32_t kUnitPixels = 2, kBlockUnits = 4, kSinglesBelow = 16, kPrefetchEvery = 0;
-    static constexpr MisalignedLine kMisaligned = MisalignedLine::kBlocksUnaligned;
-    static constexpr bool kStreamEnds = false;
+    using enum Plane;
+    static constexpr int32_t kTwice = kDouble ? 2 : 1;  // output pairs a source pair
+    static constexpr int32_t kOutPair = Layout::kPairBytes * kTwice;
+    using Planes = Streams<Stream<kSource, Source::kPairBytes, 4 * Source::kPairBytes>,
+                           Stream<kDestination, kOutPair, 4 * kOutPair>,
+                           Stream<kDestinationChroma, kOutPair, 4 * kOutPair, Layout::kPlanar>,
+                           Stream<kDestinationAlpha, 2, 8, kAlpha>>;
+    static constexpr LineRule kRule{.unit_pixels = 2, .block_units = 4, .singles_below = 16};
 
-    // The call's constants: the encoder and the layout built from it.
-    struct Constants {
-        explicit Constants(const Request& r) : k(r), layout(k) {}
-        const Encoder<Vec> k;
-        const Layout layout;
-    };
-
-    LineWriter(const Constants& c, const Request& r, const uint8_t* src_line, uint8_t* dst_line)
-        : Layout::Cursor(c.layout.At(dst_line, r)), k(c.k), layout(c.layout), src(src_line), alpha(r.dst_alpha_plane) {}
+    explicit Encoding(const Request& r) : k(r), layout(k) {}
 
     // A doubled packed pair writes 8 bytes: only a line start on an 8-byte
-    // boundary is brought to a 16-byte one.
-    int32_t HeadUnits() const {
-        if constexpr (kDouble && Layout::kAlignedBody) {
-            const uint32_t d = AddressResidue16(this->dst);
+    // boundary is brought to a 16-byte one. Other heads count 4-byte pairs
+    // (the planar luma line's too).
+    static int32_t HeadUnits(const uint8_t* dst) {
+        if constexpr (kDouble && !Layout::kPlanar) {
+            const uint32_t d = AddressResidue16(dst);
             return d % 8 == 0 ? static_cast<int32_t>((16 - d) % 16 / 8) : 0;
         } else {
-            return UnitsToBoundary(this->dst, 4);
+            return UnitsToBoundary(dst, 4);
         }
     }
-    const void* Ahead() const { return src; }
-    void NextLine(const Request& r) {
-        src = Advance(src, r.src_skip);
-        this->Skip(r.dst_skip);
-        if constexpr (kAlpha) alpha = Advance(alpha, r.dst_alpha_skip);
-    }
 
-    template <class Store, class L = Vec>
-    ZENK_ARITHMETIC void Block() {
-        constexpr int32_t kOthers = L::kActiveLanes - 1;
-        const Encoded<L> e = Encode<L>(k, Source::template Block<L>(src));
+    template <class At>
+    ZENK_ARITHMETIC void Block(const At& at) const {
+        using L = typename At::L;
+        const Encoded<L> e = Encode<L>(k, Source::Block(at));
+        const int32_t pair = kTwice * at.unit;
         if constexpr (kDouble) {
             Encoded<L> low, high;
             Double<L>(e, low, high);
-            layout.template Block<L, Store>(*this, low, 2);
-            layout.template Block<L, Store>(*this, high, 2);
-            Layout::SkipBlocks(*this, 2 * kOthers);
+            layout.Block(at, low, pair, 0);
+            layout.Block(at, high, pair + 4, 1);
         } else {
-            layout.template Block<L, Store>(*this, e, 1);
-            Layout::SkipBlocks(*this, kOthers);
+            layout.Block(at, e, pair, 0);
         }
         if constexpr (kAlpha) {
             typename L::V px[2];
-            L::template LoadBlock<2>(src, px);
+            LoadBlock<kSource, 2>(at, px);
             const auto words = AlphaWords<L>(px[0], px[1]);
-            L::Put64(alpha, L::PackS16ToU8(words, words), 8);
-            alpha += 8 * L::kActiveLanes;
+            Put<kDestinationAlpha, 8>(at, 0, L::PackS16ToU8(words, words));
         }
-        src += Source::kBlockBytes * L::kActiveLanes;
     }
 
-    void Single() {
-        using L = typename Vec::template WithLanes<1>;
-        const Encoded<L> e = Encode<L>(k, Source::template Pair<L>(src));
+    template <class At>
+    void Single(const At& at) const {
+        using L = typename At::L;
+        const Encoded<L> e = Encode<L>(k, Source::Pair(at));
+        const int32_t pair = kTwice * at.unit;
         if constexpr (kDouble) {
             Encoded<L> low, high;
             Double<L>(e, low, high);
-            layout.template Pairs<L, 2>(*this, low);
+            layout.template Pairs<2>(at, low, pair);
         } else {
-            layout.template Pairs<L, 1>(*this, e);
+            layout.template Pairs<1>(at, e, pair);
         }
         if constexpr (kAlpha) {
+            const uint8_t* const src = Ptr<kSource>(at);
+            uint8_t* const alpha = Ptr<kDestinationAlpha>(at);
             alpha[0] = src[3];
             alpha[1] = src[7];
-            alpha += 2;
         }
-        src += Source::kPairBytes;
     }
 
-    const Encoder<Vec>& k;
-    const Layout& layout;
-    const uint8_t* src;
-    uint8_t* alpha;
+    const Encoder<Vec> k;
+    const Layout layout;
 };
 
 }  // namespace zenk::ZENK_ISA::rgb_to_yuv

@@ -1,8 +1,7 @@
 // The encoding kernels: 1:1 frames for every source, layout and variant, and
 // the pair modes of the BGR32 table exports (vertical_mode 1 and 2 reduce the
-// picture by 2 and by 4 in both directions, vertical_mode 3 doubles it). All
-// walk their lines with WalkLine; a pair mode walks its lines as the
-// unaligned frame kernels do.
+// picture by 2 and by 4 in both directions, vertical_mode 3 doubles it). A
+// pair mode walks its lines as the unaligned frame kernels do.
 #include "rgb_to_yuv_kernels.h"
 
 #include "encode.h"
@@ -15,52 +14,24 @@ using Vec = Widest;
 
 // 1:1 frames: `width` is the pixels of a line. Reduction: destination line
 // n from source stream A (n even) or B (n odd), `width` the destination's
-// pixels per line.
+// pixels per line. Doubling: `width` is the source's pixels per line, and
+// each source line is written to two consecutive destination lines.
 template <class Source, class Layout, bool kAlpha = false>
-using Frame = LineWriter<Vec, Source, Layout, false, kAlpha>;
-
-// Doubling: `width` is the source's pixels per line; each source line is
-// written to two consecutive destination lines.
-//
-// The line addressing gives the source lines (stream A, line_count lines,
-// each advanced by src_advance) but no destination lines for this mode.
-// The destination is taken as the host describes any picture: from
-// dst_plane, one line every dst_stride bytes (a negative pitch walks it
-// bottom-up), so source line n fills destination lines 2n and 2n + 1. A
-// Y8PUV8I destination's chroma lines follow its luma lines in the same way,
-// from dst_plane + dst_stride * dst_height.
-template <class Layout, class A>
-ZENK_KERNEL_ENTRY void DoubleKernel(const Request* r) {
-    using Line = LineWriter<Vec, Bgr32Pixels, Layout, true, false>;
-    const typename Line::Constants c(*r);
-    Prefetch(r->src_plane);
-    const LineAddressSet set = PairModeLines(r);
-    const uint8_t* src_line = set.src_line_a;
-    uint8_t* dst_line = r->dst_plane;
-    for (int32_t n = 0; n < set.line_count; ++n) {
-        for (int copy = 0; copy < 2; ++copy) {
-            Line line(c, *r, src_line, dst_line);
-            WalkLine<Line, A>(line, r->width);
-            dst_line = Advance(dst_line, r->dst_stride);
-        }
-        src_line = Advance(src_line, set.src_advance);
-    }
-    A::Finish();
-}
+using Frame = Encoding<Vec, Source, Layout, false, kAlpha>;
+template <class Layout>
+using Doubled = Encoding<Vec, Bgr32Pixels, Layout, true, false>;
 
 // Frame kernels, then halve, quarter and double.
 template <class Layout>
 consteval KernelTable Table() {
-    return MakeKernelTable(kFrameKernels<Frame<Bgr32Pixels, Layout>>,
-                           kPairModeKernel<Frame<Bgr32Reduced<2>, Layout>>, kPairModeKernel<Frame<Bgr32Reduced<4>, Layout>>,
-                           &StoresAsRequested<&DoubleKernel<Layout, AnyCached>, &DoubleKernel<Layout, AnyStreaming>>);
+    return MakeKernelTable(kFrameKernels<Frame<Bgr32Pixels, Layout>>, kPairModeKernel<Frame<Bgr32Reduced<2>, Layout>>,
+                           kPairModeKernel<Frame<Bgr32Reduced<4>, Layout>>, kDoublingKernel<Doubled<Layout>>);
 }
 
-using Uyvy = PackedLayout<Vec, Packed::kUyvy>;
-using Yuyv = PackedLayout<Vec, Packed::kYuyv>;
-using Uvyy = PackedLayout<Vec, Packed::kUvyy>;
+using Uyvy = PackedLayout<Vec, YuvLayout::kUyvy>;
+using Yuyv = PackedLayout<Vec, YuvLayout::kYuyv>;
+using Uvyy = PackedLayout<Vec, YuvLayout::kUvyy>;
 using Planar = PlanarLayout<Vec>;
-
 // This level's kernels of every encoding export. The planar lines are
 // written with 8-byte stores in every variant, so the streaming variants
 // store exactly as the cached ones. Every BGR24 variant, the aligned

@@ -5,11 +5,13 @@
 namespace zenk::yuv_to_rgb {
 namespace {
 
+using ZENK_ISA::Vec128;
+
 // Four copies of the word pair (low, high), for a multiply-add of
 // interleaved word pairs.
-__m128i Pairs(int16_t low, int16_t high) {
-    return _mm_set1_epi32(static_cast<int>(static_cast<uint32_t>(static_cast<uint16_t>(low)) |
-                                           static_cast<uint32_t>(static_cast<uint16_t>(high)) << 16));
+Vector128 Pairs(int16_t low, int16_t high) {
+    return Vec128::Set32(static_cast<uint32_t>(static_cast<uint16_t>(low)) |
+                         static_cast<uint32_t>(static_cast<uint16_t>(high)) << 16);
 }
 
 void WriteChroma(const YuvToRgbCoefficients& block, const ChromaSet& set) {
@@ -24,11 +26,11 @@ void SetupYuvToRgbCoefficients(YuvToRgbCoefficients* block) {
     if (block->bitDepth == 8) {
         const bool bt601 = block->matrix == 1;
         if (!block->fullRangeLuma) {
-            *block->lumaOffset = _mm_set1_epi16(kStudioLumaOffset);
+            *block->lumaOffset = Vec128::Set16(kStudioLumaOffset);
             *block->lumaGain = Pairs(kStudioLumaGain, 0);
             WriteChroma(*block, bt601 ? kBt601Studio : kBt709Studio);
         } else {
-            *block->lumaOffset = _mm_setzero_si128();
+            *block->lumaOffset = Vec128::Zero();
             *block->lumaGain = Pairs(kFullRangeLumaGain, 0);
             // The host decides whether full-range material carries full-swing
             // chroma; it is asked at every full-range conversion.
@@ -42,17 +44,17 @@ void SetupYuvToRgbCoefficients(YuvToRgbCoefficients* block) {
         // No kernel asks for another depth; zero gain and chroma decode every
         // pixel to black rather than to leftover stack contents. The offset
         // stays as the caller left it.
-        *block->lumaGain = _mm_setzero_si128();
-        *block->blueCoef = _mm_setzero_si128();
-        *block->redCoef = _mm_setzero_si128();
-        *block->greenCoef = _mm_setzero_si128();
+        *block->lumaGain = Vec128::Zero();
+        *block->blueCoef = Vec128::Zero();
+        *block->redCoef = Vec128::Zero();
+        *block->greenCoef = Vec128::Zero();
     }
     if (block->clampLuma) {
-        *block->clampLow = _mm_set1_epi16(16);
-        *block->clampHigh = _mm_set1_epi16(235);
+        *block->clampLow = Vec128::Set16(16);
+        *block->clampHigh = Vec128::Set16(235);
     } else {
-        *block->clampLow = _mm_setzero_si128();
-        *block->clampHigh = _mm_set1_epi16(255);
+        *block->clampLow = Vec128::Zero();
+        *block->clampHigh = Vec128::Set16(255);
     }
 }
 

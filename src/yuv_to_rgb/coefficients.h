@@ -3,7 +3,7 @@
 // and pointers to its own 16-byte vectors, which the setup routine fills.
 #pragma once
 
-#include "kernel/vector_sse2.h"
+#include "kernel/vector_128.h"
 
 #include <cstdint>
 
@@ -19,15 +19,15 @@ struct YuvToRgbCoefficients {
     uint8_t orderFlag;      // always 1; both settings give the same vectors
     uint8_t clampLuma;      // nonzero: source luma clamped to 16..235, else 0..255
     uint8_t fullRangeLuma;  // nonzero: luma taken as it stands, host option picks the chroma set
-    __m128i* lumaOffset;    // 8 words subtracted from the clamped luma
-    __m128i* lumaGain;      // 4 pairs (gain, 0)
-    __m128i* blueCoef;      // 4 pairs (Cb->B, Cr->B)
-    __m128i* redCoef;       // 4 pairs (Cb->R, Cr->R)
-    __m128i* greenCoef;     // 4 pairs (Cb->G, Cr->G)
-    __m128i* unused0;       // not written by the setup
-    __m128i* unused1;
-    __m128i* clampLow;      // 8 words
-    __m128i* clampHigh;     // 8 words
+    Vector128* lumaOffset;    // 8 words subtracted from the clamped luma
+    Vector128* lumaGain;      // 4 pairs (gain, 0)
+    Vector128* blueCoef;      // 4 pairs (Cb->B, Cr->B)
+    Vector128* redCoef;       // 4 pairs (Cb->R, Cr->R)
+    Vector128* greenCoef;     // 4 pairs (Cb->G, Cr->G)
+    Vector128* unused0;       // not written by the setup
+    Vector128* unused1;
+    Vector128* clampLow;      // 8 words
+    Vector128* clampHigh;     // 8 words
 };
 
 // Fills the seven vectors of `block` from its selectors. On the full-range

@@ -12,8 +12,8 @@ namespace zenk::ZENK_ISA::yuv_to_rgb {
 // The coefficient block and its setup are the same at every level.
 using namespace ::zenk::yuv_to_rgb;
 
-// Written on the vector layer: S is Sse2 or a wider layer whose lanes each
-// hold what an Sse2 register holds.
+// Written on the vector layer: S is Vec128 or a wider layer whose lanes each
+// hold what a Vec128 register holds.
 
 // Eight pixels as the unpacking leaves them: chroma words Cb0, Cr0, Cb1, Cr1,
 // ..., Cb3, Cr3 (pair k belongs to pixels 2k and 2k+1), luma words Y0..Y7,
@@ -62,11 +62,9 @@ struct DecodeConstants {
     V alpha;
 
     explicit DecodeConstants(const Request& r) {
-        __m128i v[9];
-        YuvToRgbCoefficients block{static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8, 1,
-                                   r.clamp_luma, r.full_range, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6], &v[7],
-                                   &v[8]};
-        SetupYuvToRgbCoefficients(&block);
+        const auto v = FillCoefficients<YuvToRgbCoefficients, 9>(
+            SetupYuvToRgbCoefficients, static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8u,
+            uint8_t{1}, r.clamp_luma, r.full_range);
         luma_offset = S::Broadcast(v[0]);
         luma_gain = S::Broadcast(v[1]);
         blue = S::Broadcast(v[2]);

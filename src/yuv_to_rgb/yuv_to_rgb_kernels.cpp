@@ -10,48 +10,46 @@ namespace {
 // The widest vector layer of this level.
 using Vec = Widest;
 
-template <class Src, class Dst>
-using Frame = Line<Vec, Src, Dst, 16>;
-template <class Src, class Dst>
-constexpr Kernel kPairMode = kPairModeKernel<Line<Vec, Src, Dst, 8>>;
+template <YuvLayout kLayout, AlphaForm kForm>
+using Frame = Decoder<Vec, kLayout, kForm, 16>;
+template <YuvLayout kLayout, AlphaForm kForm>
+constexpr Kernel kPairMode = kPairModeKernel<Decoder<Vec, kLayout, kForm, 8>>;
 
-using Uyvy = Source<YuvLayout::kUyvy>;
-using Yuyv = Source<YuvLayout::kYuyv>;
-using Uvyy = Source<YuvLayout::kUvyy>;
-using Planar = Source<YuvLayout::kPlanar>;
-using WordAlpha = Bgr32<AlphaForm::kWord>;
-using DwordAlpha = Bgr32<AlphaForm::kDword>;
-using PlaneAlpha = Bgr32<AlphaForm::kPlane>;
+constexpr YuvLayout kUyvy = YuvLayout::kUyvy, kYuyv = YuvLayout::kYuyv, kUvyy = YuvLayout::kUvyy,
+                    kPlanar = YuvLayout::kPlanar;
+constexpr AlphaForm kWordAlpha = AlphaForm::kWord, kDwordAlpha = AlphaForm::kDword, kPlaneAlpha = AlphaForm::kPlane,
+                    kBgr24 = AlphaForm::kNone;
 
 // The aligned cached kernel keeps the word form of the constant alpha; the
 // other three use the dword form.
-template <class Src>
+template <YuvLayout kLayout>
 constexpr KernelQuad WordThenDwordAlpha() {
-    return {{&FrameKernel<Frame<Src, WordAlpha>, AlignedCached>, &FrameKernel<Frame<Src, DwordAlpha>, AlignedStreaming>,
-             &FrameKernel<Frame<Src, DwordAlpha>, AnyCached>, &FrameKernel<Frame<Src, DwordAlpha>, AnyStreaming>}};
+    return {{&FrameKernel<Frame<kLayout, kWordAlpha>, AlignedCached>,
+             &FrameKernel<Frame<kLayout, kDwordAlpha>, AlignedStreaming>,
+             &FrameKernel<Frame<kLayout, kDwordAlpha>, AnyCached>, &FrameKernel<Frame<kLayout, kDwordAlpha>, AnyStreaming>}};
 }
 
 }  // namespace
 
 // This level's kernels of every decoding export.
 const Kernels kKernels = {
-    .uyvy_to_bgr32 = MakeKernelTable(kFrameKernels<Frame<Uyvy, WordAlpha>>, kPairMode<Uyvy, WordAlpha>,
-                                     kPairMode<Uyvy, WordAlpha>),
-    .planar_to_bgr32 = MakeKernelTable(WordThenDwordAlpha<Planar>(), kPairMode<Planar, DwordAlpha>,
-                                       kPairMode<Planar, DwordAlpha>),
-    .yuyv_to_bgr32 = WordThenDwordAlpha<Yuyv>(),
-    .uyvy_to_bgr24 = kFrameKernels<Frame<Uyvy, Bgr24>>,
-    .yuyv_to_bgr24 = kFrameKernels<Frame<Yuyv, Bgr24>>,
-    .uvyy_to_bgr24 = kFrameKernels<Frame<Uvyy, Bgr24>>,
-    .planar_to_bgr24 = kFrameKernels<Frame<Planar, Bgr24>>,
-    .yuyv_alpha_to_bgr32 = kFrameKernels<Frame<Source<YuvLayout::kYuyv, true>, PlaneAlpha>>,
-    .uyvy_alpha_to_bgr32 = kFrameKernels<Frame<Source<YuvLayout::kUyvy, true>, PlaneAlpha>>,
+    .uyvy_to_bgr32 = MakeKernelTable(kFrameKernels<Frame<kUyvy, kWordAlpha>>, kPairMode<kUyvy, kWordAlpha>,
+                                     kPairMode<kUyvy, kWordAlpha>),
+    .planar_to_bgr32 = MakeKernelTable(WordThenDwordAlpha<kPlanar>(), kPairMode<kPlanar, kDwordAlpha>,
+                                       kPairMode<kPlanar, kDwordAlpha>),
+    .yuyv_to_bgr32 = WordThenDwordAlpha<kYuyv>(),
+    .uyvy_to_bgr24 = kFrameKernels<Frame<kUyvy, kBgr24>>,
+    .yuyv_to_bgr24 = kFrameKernels<Frame<kYuyv, kBgr24>>,
+    .uvyy_to_bgr24 = kFrameKernels<Frame<kUvyy, kBgr24>>,
+    .planar_to_bgr24 = kFrameKernels<Frame<kPlanar, kBgr24>>,
+    .yuyv_alpha_to_bgr32 = kFrameKernels<Frame<kYuyv, kPlaneAlpha>>,
+    .uyvy_alpha_to_bgr32 = kFrameKernels<Frame<kUyvy, kPlaneAlpha>>,
     // Ordinary stores in every entry: use_streaming_stores chooses between
     // two identical kernels.
-    .planar_alpha_to_bgr32 = {{&FrameKernel<Frame<Source<YuvLayout::kPlanar, true>, PlaneAlpha>, AlignedCached>,
-                               &FrameKernel<Frame<Source<YuvLayout::kPlanar, true>, PlaneAlpha>, AlignedCached>,
-                               &FrameKernel<Frame<Source<YuvLayout::kPlanar, true>, PlaneAlpha>, AnyCached>,
-                               &FrameKernel<Frame<Source<YuvLayout::kPlanar, true>, PlaneAlpha>, AnyCached>}},
+    .planar_alpha_to_bgr32 = {{&FrameKernel<Frame<kPlanar, kPlaneAlpha>, AlignedCached>,
+                               &FrameKernel<Frame<kPlanar, kPlaneAlpha>, AlignedCached>,
+                               &FrameKernel<Frame<kPlanar, kPlaneAlpha>, AnyCached>,
+                               &FrameKernel<Frame<kPlanar, kPlaneAlpha>, AnyCached>}},
 };
 
 }  // namespace zenk::ZENK_ISA::yuv_to_rgb

@@ -1,9 +1,11 @@
 // YUV-to-RGB kernels: where every decoding export finds its kernels and the
 // alignment test that chooses among them.
 //
-//   coefficients.*        the coefficient block and its four chroma sets
-//   decode.h              the per-pixel arithmetic on 8 pixels, and packing
-//   yuv_to_rgb_kernels.cpp  source unpacking, destination packing, line walks
+//   coefficients.*          the coefficient block and its four chroma sets
+//   decode.h                the per-pixel arithmetic on 8 pixels, and packing
+//   formats.h               the line format: source unpacking, destination
+//                           packing, the planes it reads and writes
+//   yuv_to_rgb_kernels.cpp  each export's kernels, built from the format
 #pragma once
 
 #include "kernel/kernel_table.h"

@@ -3,6 +3,8 @@
 namespace zenk::yuv_to_yuv {
 namespace {
 
+using ZENK_ISA::Vec128;
+
 // One coefficient pair: the low word multiplies Cb - 128, the high word
 // Cr - 128, so one multiply-add over interleaved (Cb, Cr) words gives a sum.
 struct CoefficientPair {
@@ -43,9 +45,8 @@ constexpr int16_t kByteLow = 0, kByteHigh = 255;
 
 constexpr uint32_t kBt601 = 1, kBt709 = 0;
 
-__m128i Repeat(CoefficientPair p) {
-    const uint32_t word = static_cast<uint16_t>(p.cb) | static_cast<uint32_t>(static_cast<uint16_t>(p.cr)) << 16;
-    return _mm_set1_epi32(static_cast<int>(word));
+Vector128 Repeat(CoefficientPair p) {
+    return Vec128::Set32(static_cast<uint16_t>(p.cb) | static_cast<uint32_t>(static_cast<uint16_t>(p.cr)) << 16);
 }
 
 }  // namespace
@@ -56,13 +57,13 @@ void SetupYuvMatrixChangeCoefficients(YuvMatrixChangeCoefficients* block) {
         // pair, including selectors other than 0 and 1, goes to BT.601.
         const MatrixChangeSet& set =
             (block->srcMatrix == kBt601 && block->dstMatrix == kBt709) ? kBt601ToBt709 : kBt709ToBt601;
-        _mm_store_si128(block->lumaCorrection, Repeat(set.luma_correction));
-        _mm_store_si128(block->cbCoefficients, Repeat(set.cb));
-        _mm_store_si128(block->crCoefficients, Repeat(set.cr));
+        Vec128::Store(block->lumaCorrection, Repeat(set.luma_correction));
+        Vec128::Store(block->cbCoefficients, Repeat(set.cb));
+        Vec128::Store(block->crCoefficients, Repeat(set.cr));
     }
     const bool studio = block->clampLuma != 0;
-    _mm_store_si128(block->clampLow, _mm_set1_epi16(studio ? kStudioLumaLow : kByteLow));
-    _mm_store_si128(block->clampHigh, _mm_set1_epi16(studio ? kStudioLumaHigh : kByteHigh));
+    Vec128::Store(block->clampLow, Vec128::Set16(studio ? kStudioLumaLow : kByteLow));
+    Vec128::Store(block->clampHigh, Vec128::Set16(studio ? kStudioLumaHigh : kByteHigh));
 }
 
 }  // namespace zenk::yuv_to_yuv

@@ -21,11 +21,11 @@ struct YuvMatrixChangeCoefficients {
     uint8_t orderFlag;        // always 1, not acted on
     uint8_t clampLuma;        // nonzero: luma held to 16..235, else 0..255
     uint8_t fullRangeLuma;    // carried along, not acted on
-    __m128i* lumaCorrection;  // 4 x (Cb->dY, Cr->dY)
-    __m128i* cbCoefficients;  // 4 x (Cb->Cb', Cr->Cb')
-    __m128i* crCoefficients;  // 4 x (Cb->Cr', Cr->Cr')
-    __m128i* clampLow;        // 8 x lower luma bound
-    __m128i* clampHigh;       // 8 x upper luma bound
+    Vector128* lumaCorrection;  // 4 x (Cb->dY, Cr->dY)
+    Vector128* cbCoefficients;  // 4 x (Cb->Cb', Cr->Cb')
+    Vector128* crCoefficients;  // 4 x (Cb->Cr', Cr->Cr')
+    Vector128* clampLow;        // 8 x lower luma bound
+    Vector128* clampHigh;       // 8 x upper luma bound
 };
 
 // Writes the three coefficient vectors (for bitDepth 8 only; any other depth
@@ -57,11 +57,10 @@ template <class S>
 struct MatrixConstants {
     using V = typename S::V;
     explicit MatrixConstants(const Request& r) {
-        __m128i v[5];
-        YuvMatrixChangeCoefficients block{static_cast<uint32_t>(r.src_matrix), static_cast<uint32_t>(r.src_range),
-                                          static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8, 1,
-                                          r.clamp_luma, r.full_range, &v[0], &v[1], &v[2], &v[3], &v[4]};
-        SetupYuvMatrixChangeCoefficients(&block);
+        const auto v = FillCoefficients<YuvMatrixChangeCoefficients, 5>(
+            SetupYuvMatrixChangeCoefficients, static_cast<uint32_t>(r.src_matrix), static_cast<uint32_t>(r.src_range),
+            static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8u, uint8_t{1}, r.clamp_luma,
+            r.full_range);
         luma_correction = S::Broadcast(v[0]);
         cb = S::Broadcast(v[1]);
         cr = S::Broadcast(v[2]);

@@ -13,9 +13,9 @@ using Vec = Widest;
 using Copy = Reorder<Vec, ByteMove::kCopy>;
 using Exchange = Reorder<Vec, ByteMove::kExchangeMiddleBytes>;
 using Split = SplitToPlanar<Vec>;
-template <Packed kIn, Packed kOut, LumaRule kLuma = LumaRule::kOwnPair>
+template <YuvLayout kIn, YuvLayout kOut, LumaRule kLuma = LumaRule::kOwnPair>
 using Matrix = MatrixChange<Vec, kIn, kOut, kLuma>;
-constexpr Packed kUyvy = Packed::kUyvy, kYuyv = Packed::kYuyv;
+constexpr YuvLayout kUyvy = YuvLayout::kUyvy, kYuyv = YuvLayout::kYuyv;
 
 }  // namespace
 

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "frame/host_option.h"
+#include "frame/module.h"
 #include "support/counting_host_settings.h"
 #include "support/export_registry.h"
 

@@ -1,7 +1,7 @@
 // The RGB-to-YUV exports, their kernels and their references. Host option
 // 128 is asked as the library asks it, so the harness's answer (or missing
 // settings object) reaches kernel and reference alike.
-#include "frame/host_option.h"
+#include "frame/module.h"
 #include "reference/rgb_alpha_reference.h"
 #include "reference/rgb_to_yuv_reference.h"
 #include "rgb_to_yuv/rgb_to_yuv_kernels.h"

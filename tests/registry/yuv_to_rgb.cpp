@@ -1,5 +1,5 @@
 // The YUV-to-RGB exports, their kernels and their references.
-#include "frame/host_option.h"
+#include "frame/module.h"
 #include "reference/rgb_alpha_reference.h"
 #include "reference/yuv_to_rgb_reference.h"
 #include "support/export_registry.h"

@@ -96,7 +96,7 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
         // Pair modes address lines only for scan_mode 1 and 2.
         r.scan_mode = loose && rng.Chance(10) ? rng.Pick(std::vector<int32_t>{0, 3, -1}) : rng.Uniform(1, 2);
         r.vertical_mode = mode;
-        r.dst_height = reduce > 1 ? rng.Uniform(0, 5) : height;
+        r.dst_height = reduce == 1 ? height : style.reduced_lines >= 0 ? style.reduced_lines : rng.Uniform(0, 5);
     }
 
     const PlaneSpec* const planes[4] = {&e.src, &e.src_alpha, &e.dst, &e.dst_alpha};  // sources first

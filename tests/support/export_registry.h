@@ -24,10 +24,15 @@ struct PlaneSpec {
     bool anywhere = false;      // lines may also start off line_alignment (stored unaligned)
 };
 
-// Instruction-set levels the kernels are built for; the differential test
-// runs every level the processor has and reports the others as skipped.
-inline constexpr IsaLevel kLevels[] = {IsaLevel::kSse2, IsaLevel::kAvx2, IsaLevel::kAvx512};
-inline constexpr size_t kLevelCount = std::size(kLevels);
+// Instruction-set levels the kernels are built for (src/kernel/isa_levels.h),
+// narrowest first; the differential test runs every level the processor has
+// and reports the others as skipped.
+inline constexpr size_t kLevelCount = kIsaLevelCount;
+inline constexpr auto kLevels = [] {
+    std::array<IsaLevel, kLevelCount> levels{};
+    for (size_t level = 0; level < kLevelCount; ++level) levels[level] = static_cast<IsaLevel>(level);
+    return levels;
+}();
 
 using KernelFunction = void (*)(const Request*);
 using LevelKernels = std::array<const KernelFunction*, kLevelCount>;  // one kernel group per level
@@ -49,6 +54,8 @@ struct RequestStyle {
     // walked from line starts, the destination's skip the pitch less the
     // bytes of a line's pairs. Exports without pair modes stay in frame mode.
     int32_t pair_mode = 0;
+    // The destination lines of a reducing pair mode (-1: a few, at random).
+    int32_t reduced_lines = -1;
     // Aligned kernels called directly: widths of whole blocks of this many
     // pixels, now and then with a remainder the kernel must leave alone
     // (0: the export's aligned_width_unit, no remainder).

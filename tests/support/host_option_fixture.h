@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "frame/host_option.h"
+#include "frame/module.h"
 #include "support/counting_host_settings.h"
 
 namespace zenk::test {

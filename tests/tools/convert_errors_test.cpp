@@ -22,7 +22,7 @@ struct BadCase {
 // Files every case can use: a valid 8x4 BGR32I frame (128 bytes), a short
 // one, two frames and two less 5 bytes, a good PNG, a corrupt and a
 // truncated PNG, text named .png, a directory, a read-only output and a
-// link to it.
+// link to it, and the second file of a numbered output.
 void MakeFixtures(const Scratch& dir) {
     RunOk(dir.Command("--test-card bars100 --size 8x4 --to BGR32I @good.bgra"));
     RunOk(dir.Command("--test-card bars100 --size 8x4 @good.png"));
@@ -43,11 +43,18 @@ void MakeFixtures(const Scratch& dir) {
     WriteBytes(dir / "locked", Bytes{'k', 'e', 'e', 'p'});
     chmod((dir / "locked").c_str(), 0444);
     symlink("locked", (dir / "link-to-locked").c_str());
+    WriteBytes(dir / "f-2.bgr24", Bytes{'k', 'e', 'e', 'p'});
 }
 
 const BadCase kBadCases[] = {
     // Formats, pairs and sizes.
-    {kUsage, "--from BGR32I --size 8x4 --to RGB565 @good.bgra @out", "unknown format 'RGB565'|UYVY16I"},
+    {kUsage, "--from BGR32I --size 8x4 --to RGB565 @good.bgra @out",
+     "unknown format 'RGB565' (formats: UYVY16I, YUYV16I, UVYY16I, Y8PUV8I, V8U8Y8A8I, BGR32I, BGR24I, A8P, A8C, "
+     "BGR24IA8P, UYVY16IA8P, YUYV16IA8P, UVYY16IA8P, Y8PUV8IA8P; ffmpeg: uyvy422, yuyv422, nv16, vuya, bgra, bgr24, "
+     "gray; GStreamer: UYVY, YUY2, NV16, VUYA, BGRA, BGRx, BGR, GRAY8)"},
+    {kUsage, "--from BGRx --size 8x4 --to GRAY8 @good.bgra @out", "BGRx has no alpha for BGR32I -> A8P"},
+    {kUsage, "--from BGRx --size 8x4 --to BGRA @good.bgra @out", "BGRx has no alpha for BGR32I -> BGR32I"},
+    {kUsage, "--from YUY2 --size 8x4 --to GRAY8 @good.bgra @out", "unsupported pair YUYV16I -> A8P"},
     {kUsage, "--from NV12 --size 8x4 --to BGR24I @good.bgra @out", "unknown format 'NV12'"},
     {kUsage, "--from BGR24IA8P --size 8x4 --to UVYY16I @good.bgra @out",
      "unsupported pair BGR24IA8P -> UVYY16I|BGR24IA8P converts to:|BGR32I|A8P"},
@@ -63,18 +70,26 @@ const BadCase kBadCases[] = {
     {kUsage, "--from YUYV16IA8P --size 5x4 --to A8P @good.bgra @out", "YUYV16IA8P pairs pixels|not 5"},
     // Files that cannot be read or written.
     {kInput, "--from BGR32I --size 8x4 --to BGR24I @nothing.bgra @out", "cannot read|nothing.bgra|No such file"},
-    {kInput, "--from BGR32I --size 8x4 --to BGR24I @adir @out", "cannot read|not a regular file"},
+    {kInput, "--from BGR32I --size 8x4 --to BGR24I @adir @out", "cannot read|adir: it is a directory"},
+    {kInput, "--from BGR32I --size 8x4 --to BGR24I @broken.bgra @out",
+     "holds 251 bytes|multiple of 128 (--drop-partial converts the whole frames)"},
+    {kInput, "--drop-partial --from BGR32I --size 8x4 --to BGR24I @short.bgra @out", "holds 100 bytes|multiple of 128"},
     {kOutput, "--from BGR32I --size 8x4 --to BGR24I @good.bgra @no/such/out", "cannot write|No such file"},
     {kOutput, "--from BGR32I --size 8x4 --to BGR24I @good.bgra @adir", "cannot write|is a directory"},
-    {kOutput, "--from BGR32I --size 8x4 --to BGR24I @good.bgra /dev/null",
-     "cannot write /dev/null: not a regular file"},
     {kOutput, "--size 8x4 --to BGR24I @good.bgra @locked", "cannot write|locked: it is read-only"},
     {kOutput, "--size 8x4 --to BGR24I @good.bgra @link-to-locked", "link-to-locked: it is read-only"},
+    // -n keeps what exists, checked before anything is written: a numbered
+    // output's second file keeps the first from being written.
+    {kOutput, "-n --size 8x4 --to BGR24I @good.bgra @out", "out exists, and -n keeps it"},
+    {kOutput, "-n --size 8x4 --to BGR24I @two.bgra @f-%d.bgr24", "f-2.bgr24 exists, and -n keeps it"},
+    {kUsage, "-n -y --size 8x4 --to BGR24I @good.bgra @new", "-n keeps an existing OUTPUT and -y replaces it"},
     // PNG files.
     {kInput, "--to BGR24I @corrupt.png @out", "corrupt.png: corrupt"},
     {kInput, "--to BGR24I @truncated.png @new.bgr", "truncated.png: corrupt"},
-    {kInput, "--to BGR24I @notpng.png @out", "notpng.png: corrupt"},
-    {kInput, "--to BGR24I - @out", "standard input: corrupt or not a PNG", "notpng.png"},
+    {kInput, "--to BGR24I @notpng.png @out", "notpng.png: not a PNG"},
+    {kUsage, "--to BGR24I - @out", "standard input is not a PNG; for raw frames give --from FORMAT and -s WIDTHxHEIGHT",
+     "good.bgra"},
+    {kUsage, "-s 8x4 --to BGR24I - @out", "standard input is not a PNG|--from FORMAT", "good.bgra"},
     {kUsage, "--from UYVY16I --to BGR24I @good.png @out", "a PNG reads as BGR32I or BGR24I"},
     {kUsage, "--size 16x4 --to BGR24I @good.png @out", "--size 16x4 does not match|8x4"},
     {kUsage, "--from BGR32I --size 8x4 @two.bgra @out.png", "a PNG holds one frame|holds 2|out-%04d.png"},
@@ -100,13 +115,24 @@ const BadCase kBadCases[] = {
     {kUsage, "--matrix bt2020 --size 8x4 --to BGR24I @good.bgra @out", "--matrix|bt2020"},
     {kUsage, "--test-card smpte --size 8x4 --to BGR24I @out", "unknown test card 'smpte'|bars75"},
     {kUsage, "--vertical-mode 1 --scan-mode 1 --from BGR32I --size 8x4 --to BGR24I @good.bgra @out",
-     "BGR32I -> BGR24I has no vertical mode 1|offers 0"},
-    {kUsage, "--vertical-mode 1 --test-card bars100 --size 16x8 --to UYVY16I @out", "needs --scan-mode 1 or 2"},
+     "BGR32I -> BGR24I converts whole frames only (--vertical-mode 1)|UYVY16I -> BGR32I, Y8PUV8I -> BGR32I"},
+    {kUsage, "--proxy 2 --from BGR32I --size 8x4 --to BGR24I @good.bgra @out", "converts whole frames only (--proxy 2)"},
+    {kUsage, "--double --from UYVY --size 8x4 --to BGRA @good.bgra @out", "has no vertical mode 3 (--double)"},
+    {kUsage, "--proxy 4 --test-card bars100 --size 16x12 --to UYVY @out",
+     "--proxy 4 needs a height that is a multiple of 8, not 12"},
+    {kUsage, "--proxy 2 --test-card bars100 --size 18x8 --to UYVY @out",
+     "--proxy 2 to UYVY16I needs a width that is a multiple of 4, not 18"},
+    {kUsage, "--proxy 3 --test-card bars100 --size 16x8 --to UYVY @out", "--proxy"},
+    {kUsage, "--proxy 2 --double --test-card bars100 --size 16x8 --to UYVY @out", "give --proxy or --double, not both"},
+    {kUsage, "--proxy 2 --vertical-mode 1 --test-card bars100 --size 16x8 --to UYVY @out",
+     "--proxy sets the request's vertical mode: give it or --vertical-mode, not both"},
+    {kUsage, "--vertical-mode 1 --test-card bars100 --size 16x8 --to UYVY16I @out",
+     "--vertical-mode 1 converts line pairs: it needs --scan-mode 1 or 2 (or say --proxy or --double)"},
     {kUsage, "--threads 0 --from BGR32I --size 8x4 --to BGR24I @good.bgra @out", "--threads"},
     {kUsage, "--alpha 300 --from A8C --size 8x4 --to A8P @out", "--alpha"},
     {kUsage, "--from A8C --size 8x4 --to A8P @good.bgra @out", "give only OUTPUT: the source is the constant --alpha"},
     {kUsage, "--demo @demo --size 31x2", "the width must be even, not 31"},
-    {kUsage, "--demo @demo --vertical-mode 1 --scan-mode 1", "--vertical-mode must be 0"},
+    {kUsage, "--demo @demo --proxy 2", "the demonstration converts whole frames, in no line-pair mode"},
     {kLibrary, "--library @missing.so --list", "cannot load the conversion library"},
 };
 
@@ -129,6 +155,7 @@ TEST(ConvertErrors, EachBadInputFailsCleanlyAndKeepsTheOutput) {
         EXPECT_EQ(ReadBytes(dir / "out"), precious);
         EXPECT_EQ(ReadBytes(dir / "out.png"), precious);
         EXPECT_EQ(ReadBytes(dir / "locked"), precious);
+        EXPECT_EQ(ReadBytes(dir / "f-2.bgr24"), precious);
         EXPECT_EQ(dir.Entries(), before) << "no temporary file left behind";
     }
 }

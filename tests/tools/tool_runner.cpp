@@ -102,6 +102,11 @@ const Library& TheLibrary() {
     return library;
 }
 
-std::string Token(Format f) { return std::string(Info(f).token); }
+bool FitsColumns(const std::string& text, size_t columns) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        if (line.size() > columns) return false;
+    return true;
+}
 
 }  // namespace zenk::tool::test

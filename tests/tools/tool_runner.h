@@ -13,6 +13,8 @@
 
 namespace zenk::tool::test {
 
+using namespace zenk::client;
+
 using Bytes = std::vector<uint8_t>;
 
 struct ToolResult {
@@ -48,6 +50,7 @@ void WriteBytes(const std::string& path, const Bytes& bytes);
 // The library the tool loads, opened by the tests themselves.
 const Library& TheLibrary();
 
-std::string Token(Format f);
+// Whether every line of `text` fits `columns` columns.
+bool FitsColumns(const std::string& text, size_t columns);
 
 }  // namespace zenk::tool::test

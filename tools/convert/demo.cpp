@@ -10,8 +10,10 @@
 #include <cstring>
 #include <vector>
 
+#include "colour.h"
 #include "errors.h"
 #include "job.h"
+#include "output_file.h"
 #include "png_io.h"
 #include "test_card.h"
 
@@ -21,10 +23,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-std::string Token(Format f) { return std::string(Info(f).token); }
-
 void SavePng(const Frame& frame, const std::string& path) {
-    AtomicOutput out(path);
+    OutputFile out(path, true);
     WritePng(frame, out.file(), path);
     out.Commit();
 }
@@ -51,21 +51,22 @@ double TimePerFrame(Run run) {
 int RunDemo(const DemoSettings& s, const Library& library) {
     RequireTestCard(s.card);
     if (s.options.vertical_mode != 0)
-        throw ToolError(kExitUsage, "the demonstration converts whole frames: --vertical-mode must be 0");
+        throw Error(kExitUsage, "the demonstration converts whole frames, in no line-pair mode");
     // Every format of the round trips pairs pixels for its chroma.
     if (s.size.width % 2 != 0)
-        throw ToolError(kExitUsage, "the demonstration goes through 4:2:2 formats: the width must be even, not " +
+        throw Error(kExitUsage, "the demonstration goes through 4:2:2 formats: the width must be even, not " +
                                         std::to_string(s.size.width));
     if (LayoutOf(Format::BGR32I, s.size.width, s.size.height).total() > kMaxFrameBytes)
-        throw ToolError(kExitUsage, "the demonstration's frames would be over the " +
+        throw Error(kExitUsage, "the demonstration's frames would be over the " +
                                         std::to_string(kMaxFrameBytes >> 20) + " MiB that zenk-convert handles");
     if (mkdir(s.directory.c_str(), 0777) != 0 && errno != EEXIST)
-        throw ToolError(kExitOutput, "cannot make " + s.directory + ": " + std::strerror(errno));
+        throw Error(kExitOutput, "cannot make " + s.directory + ": " + std::strerror(errno));
     const Frame card = MakeTestCard(s.card, s.size.width, s.size.height);
     SavePng(card, s.directory + "/card-" + s.card + ".png");
 
+    const int32_t matrix = s.matrix.both.value_or(DefaultMatrix(s.size.height));
     std::printf("Test card %s, %dx%d, %s%s%s, %d thread%s; library %s\n", s.card.c_str(), s.size.width,
-                s.size.height, s.options.dst_matrix == 1 ? "BT.601" : "BT.709",
+                s.size.height, MatrixName(matrix).c_str(),
                 s.options.full_range ? ", full range" : ", studio range", s.options.clamp_luma ? ", luma clamped" : "",
                 s.threads, s.threads == 1 ? "" : "s", library.path().c_str());
     std::printf("err: largest difference in code values between the card and the picture after the round trip;\n"
@@ -90,12 +91,13 @@ int RunDemo(const DemoSettings& s, const Library& library) {
         ++rows;
         Frame middle(f, s.size.width, s.size.height);
         Frame result(back, s.size.width, s.size.height);
-        RequestOptions back_options = s.options;
-        back_options.src_matrix = s.options.dst_matrix;
         const Pair& there_pair = *FindPair(Format::BGR32I, f);
         const Pair& back_pair = *FindPair(f, back);
+        RequestOptions there_options = s.options;
+        there_options.src_matrix = there_options.dst_matrix = matrix;
+        const RequestOptions back_options = there_options;
         const double there_ms =
-            TimePerFrame([&] { Convert(there_fn, there_pair, s.options, card, middle, s.threads); });
+            TimePerFrame([&] { Convert(there_fn, there_pair, there_options, card, middle, s.threads); });
         const double back_ms =
             TimePerFrame([&] { Convert(back_fn, back_pair, back_options, middle, result, s.threads); });
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "conversion.h"
+#include "job.h"
 #include "library.h"
 
 namespace zenk::tool {
@@ -14,7 +14,8 @@ struct DemoSettings {
     std::string directory;
     std::string card = "bars100";
     Size size{1920, 1080};
-    RequestOptions options;
+    RequestOptions options;  // everything but the matrices
+    MatrixChoice matrix;
     int threads = 1;
 };
 

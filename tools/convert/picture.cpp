@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <thread>
+#include <vector>
 
 namespace zenk::tool {
 
@@ -29,10 +31,37 @@ int64_t Frame::ReadRaw(std::FILE* file) {
     return static_cast<int64_t>(got);
 }
 
+Picture Frame::View() const {
+    return {format_,
+            width_,
+            height_,
+            layout_.colour_bytes ? colour_.get() : nullptr,
+            static_cast<int32_t>(layout_.colour_stride),
+            alpha_.get(),
+            static_cast<int32_t>(layout_.alpha_stride)};
+}
+
 bool Frame::WriteRaw(std::FILE* file) const {
     const auto colour = static_cast<size_t>(layout_.colour_bytes), alpha = static_cast<size_t>(layout_.alpha_bytes);
     return std::fwrite(colour_.get(), 1, colour, file) == colour &&
            (alpha == 0 || std::fwrite(alpha_.get(), 1, alpha, file) == alpha);
+}
+
+void Convert(ZenkConvertFunction function, const Pair& pair, const RequestOptions& options, const Frame& src,
+             Frame& dst, int threads) {
+    const Picture in = src.View(), out = dst.View();
+    const std::vector<Band> bands = Bands(pair, options, in, out, threads);
+    std::vector<std::thread> workers;
+    workers.reserve(bands.size());
+    for (const Band& band : bands) {
+        const ZenkConversionRequest r = MakeRequest(pair, options, in, out, band.first, band.count);
+        if (bands.size() == 1) {
+            function(&r);
+        } else {
+            workers.emplace_back([function, r] { function(&r); });
+        }
+    }
+    for (std::thread& t : workers) t.join();
 }
 
 }  // namespace zenk::tool

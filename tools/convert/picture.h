@@ -10,8 +10,12 @@
 #include <string>
 
 #include "formats.h"
+#include "request.h"
+#include "zenk_transcoder.h"
 
 namespace zenk::tool {
+
+using namespace client;
 
 // Largest accepted picture side, and largest frame: the request's pitches
 // and plane offsets are 32-bit numbers.
@@ -36,6 +40,9 @@ public:
     int64_t ReadRaw(std::FILE* file);
     bool WriteRaw(std::FILE* file) const;
 
+    // The planes as a request addresses them.
+    Picture View() const;
+
 private:
     struct FreeAligned {
         void operator()(uint8_t* p) const { std::free(p); }
@@ -48,5 +55,10 @@ private:
     FrameLayout layout_;
     Block colour_, alpha_;
 };
+
+// Converts `src` into `dst` with `function`, the pair's export, in up to
+// `threads` bands on threads of their own.
+void Convert(ZenkConvertFunction function, const Pair& pair, const RequestOptions& options, const Frame& src,
+             Frame& dst, int threads);
 
 }  // namespace zenk::tool

@@ -41,6 +41,7 @@ extern "C" void OnPngWarning(png_structp, png_const_charp) {}
 bool ReadHeader(PngReadState& s) {
     if (setjmp(png_jmpbuf(s.png))) return false;
     png_init_io(s.png, s.file);
+    png_set_sig_bytes(s.png, 8);  // read and checked before
     png_read_info(s.png, s.info);
     return true;
 }
@@ -81,17 +82,26 @@ PngReader::PngReader(const std::string& path)
         s.file = stdin;
     } else {
         s.file = std::fopen(path.c_str(), "rb");
-        if (!s.file) throw ToolError(kExitInput, "cannot read " + path + ": " + std::strerror(errno));
+        if (!s.file) throw Error(kExitInput, "cannot read " + path + ": " + std::strerror(errno));
         s.owned = true;
+    }
+    // Without the signature it is no PNG at all. Standard input is taken for
+    // a PNG only because the command gave no --from: say what raw frames need.
+    png_byte signature[8] = {};
+    const size_t got = std::fread(signature, 1, sizeof signature, s.file);
+    if (got != sizeof signature || png_sig_cmp(signature, 0, sizeof signature) != 0) {
+        if (path == "-")
+            throw Error(kExitUsage, "standard input is not a PNG; for raw frames give --from FORMAT and -s WIDTHxHEIGHT");
+        throw Error(kExitInput, name_ + ": not a PNG (it does not start with the PNG signature)");
     }
     s.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &s, OnPngError, OnPngWarning);
     if (s.png) s.info = png_create_info_struct(s.png);
     if (!s.png || !s.info) throw std::bad_alloc();
     if (!ReadHeader(s))
-        throw ToolError(kExitInput, name_ + ": corrupt or not a PNG (" + (s.why[0] ? s.why : "unreadable") + ")");
+        throw Error(kExitInput, name_ + ": corrupt PNG (" + (s.why[0] ? s.why : "unreadable") + ")");
     const png_uint_32 width = png_get_image_width(s.png, s.info), height = png_get_image_height(s.png, s.info);
     if (width == 0 || height == 0 || width > kMaxSide || height > kMaxSide)
-        throw ToolError(kExitInput, name_ + ": a PNG of " + std::to_string(width) + "x" + std::to_string(height) +
+        throw Error(kExitInput, name_ + ": a PNG of " + std::to_string(width) + "x" + std::to_string(height) +
                                         " is beyond the " + std::to_string(kMaxSide) +
                                         " pixels a side that zenk-convert accepts");
     size_ = {static_cast<int32_t>(width), static_cast<int32_t>(height)};
@@ -106,7 +116,7 @@ Frame PngReader::Read(Format format) {
     std::vector<png_bytep> rows(static_cast<size_t>(size_.height));
     for (int32_t y = 0; y < size_.height; ++y) rows[static_cast<size_t>(y)] = frame.colour() + y * frame.layout().colour_stride;
     if (!ReadPixels(*state_, rows.data(), static_cast<size_t>(frame.layout().colour_stride)))
-        throw ToolError(kExitInput, name_ + ": corrupt PNG (" + state_->why + ")");
+        throw Error(kExitInput, name_ + ": corrupt PNG (" + state_->why + ")");
     if (format == Format::BGR32I) return frame;
     Frame bgr(Format::BGR24I, frame.width(), frame.height());
     const int64_t pixels = int64_t{frame.width()} * frame.height();
@@ -125,13 +135,13 @@ void WritePng(const Frame& frame, std::FILE* file, const std::string& shown_path
         case Format::BGR32I: image.format = PNG_FORMAT_BGRA; break;
         case Format::BGR24I: image.format = PNG_FORMAT_BGR; break;
         case Format::A8P: image.format = PNG_FORMAT_GRAY; break;
-        default: throw ToolError(kExitUsage, "a PNG is written from BGR32I, BGR24I or A8P");
+        default: throw Error(kExitUsage, "a PNG is written from BGR32I, BGR24I or A8P");
     }
     const bool written = png_image_write_to_stdio(&image, file, 0, frame.colour(),
                                                   static_cast<png_int_32>(frame.layout().colour_stride), nullptr);
     const std::string why = image.message[0] ? image.message : "write failed";
     png_image_free(&image);
-    if (!written) throw ToolError(kExitOutput, "cannot write " + shown_path + ": " + why);
+    if (!written) throw Error(kExitOutput, "cannot write " + shown_path + ": " + why);
 }
 
 }  // namespace zenk::tool

@@ -7,7 +7,6 @@
 #include <memory>
 #include <string>
 
-#include "conversion.h"
 #include "picture.h"
 
 namespace zenk::tool {
@@ -21,8 +20,10 @@ struct PngReadState;
 // grey repeated into B, G and R, 1, 2 and 4-bit grey stretched to 0-255,
 // 16-bit samples by their high byte; a transparent colour (tRNS) becomes
 // alpha. Gamma and colour-profile chunks are not applied: the tool moves
-// code values, not light. "-" reads standard input. Throws ToolError
-// (kExitInput) for a file that cannot be read, is not a PNG or is too big.
+// code values, not light. "-" reads standard input. Throws Error
+// (kExitInput) for a file that cannot be read, is not a PNG or is too big,
+// and (kExitUsage) for standard input that is not a PNG: the command left
+// out --from.
 class PngReader {
 public:
     explicit PngReader(const std::string& path);

@@ -9,10 +9,10 @@ namespace zenk::tool {
 namespace {
 
 const std::vector<TestCard> kCards = {
-    {"bars100", "100% colour bars: white, yellow, cyan, green, magenta, red, blue, black; opaque"},
-    {"bars75", "75% colour bars (every bar at 75% of full swing, RGB 191), same order; opaque"},
-    {"ramp", "luma ramp: grey from black at the left to white at the right; opaque"},
-    {"keyed-bars", "100% colour bars with an alpha ramp from transparent at the left to opaque at the right"},
+    {"bars100", "100% bars: white, yellow, cyan, green, magenta, red, blue, black"},
+    {"bars75", "75% bars (every bar at RGB 191), in the same order"},
+    {"ramp", "grey from black at the left to white at the right"},
+    {"keyed-bars", "100% bars with alpha from 0 at the left to 255 at the right"},
 };
 
 // B, G, R flags of the eight bars, left to right.
@@ -40,7 +40,7 @@ void RequireTestCard(const std::string& name) {
         if (!names.empty()) names += ", ";
         names += c.name;
     }
-    throw ToolError(kExitUsage, "unknown test card '" + name + "' (cards: " + names + ")");
+    throw Error(kExitUsage, "unknown test card '" + name + "' (cards: " + names + ")");
 }
 
 Frame MakeTestCard(const std::string& name, int32_t width, int32_t height) {

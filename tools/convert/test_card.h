@@ -16,7 +16,7 @@ struct TestCard {
 
 const std::vector<TestCard>& AllTestCards();
 bool IsTestCard(const std::string& name);
-// Throws ToolError naming the cards when `name` is none of them.
+// Throws Error naming the cards when `name` is none of them.
 void RequireTestCard(const std::string& name);
 Frame MakeTestCard(const std::string& name, int32_t width, int32_t height);
 

@@ -1,19 +1,23 @@
-// The vector layer: the lane-wise operations the kernels are written in,
-// for one register width. Sse2 is the 128-bit one. Every operation acts
-// within a 128-bit block, so a wider register is several Sse2 blocks side by
-// side and computes the same bytes; the order of the blocks matters only
-// where bytes enter and leave registers (the loads and stores).
+// The baseline vector layer, Vec128: the lane-wise operations the kernels
+// are written in, on one 128-bit register. Every operation acts within a
+// 128-bit lane, so a wider layer is several Vec128 lanes side by side and
+// computes the same bytes; the order of the lanes matters only where bytes
+// enter and leave registers (the loads and stores). README.md in this folder
+// says what a layer provides.
 //
-// This is the only file that includes the instruction set's header; the
-// memory-order helpers (prefetch, non-temporal 4-byte store, store fence)
-// live here with it.
-//
-// x86 compiles the layer natively. Other processors compile the same
+// The layer is written with the SSE2 instruction set, the one every x86
+// processor has. x86 compiles it natively. Other processors compile the same
 // intrinsics through SIMDe, which gives each one its x86 result bit for bit
 // (on NEON where it can, in portable C elsewhere), so a picture converts to
 // the same bytes on every architecture. There, non-temporal stores are
 // ordinary stores, the store fence a full memory fence and prefetches
-// __builtin_prefetch.
+// __builtin_prefetch. A native layer for another processor would define
+// Vec128 and the memory-order helpers below in a header of its own, chosen
+// here in place of this one.
+//
+// This is the only file that includes the baseline instruction set's
+// header; the memory-order helpers (prefetch, non-temporal 4-byte store,
+// store fence) live here with it.
 #pragma once
 
 #if defined(__x86_64__) || defined(__i386__) || defined(_M_X64) || defined(_M_IX86)
@@ -23,10 +27,19 @@
 #include <simde/x86/sse2.h>
 #endif
 
+#include <concepts>
 #include <cstdint>
 #include <cstring>
 
 #include "kernel_table.h"
+
+namespace zenk {
+
+// A 16-byte vector of the baseline layer: what the coefficient blocks point
+// to, the same at every level.
+using Vector128 = __m128i;
+
+}  // namespace zenk
 
 // Every operation is forced inline: a kernel is a few hundred of them, and
 // the compiler's inlining budget must go to the arithmetic built on them.
@@ -37,14 +50,14 @@
 
 namespace zenk::ZENK_ISA {
 
-struct Sse2 {
-    using V = __m128i;
+struct Vec128 {
+    using V = Vector128;
     // One 128-bit lane; the wider layers have the same operations over
     // several (vector_avx2.h), and the kernels are written for either.
     static constexpr int kLanes = 1;
     static constexpr int kActiveLanes = 1;
     template <int>
-    using WithLanes = Sse2;
+    using WithLanes = Vec128;
 
     // ---- Loads: 16 bytes at any address, the low 8/4/2 bytes (rest zero).
     // The kernels are written in lane-wise forms: a stream that moves `step`
@@ -88,11 +101,11 @@ struct Sse2 {
     ZENK_VECTOR_OP V Broadcast(V lane) { return lane; }
     ZENK_VECTOR_OP V Lane0(V v) { return v; }
 
-    // ---- The lane-wise operations (vector_lanewise.inc), and the rest
+    // ---- The lane-wise operations (vector_x86_lanewise.inc), and the rest
     // that differ in name from width to width.
 #define ZENK_MM(op) _mm_##op
 #define ZENK_SI(op) _mm_##op##si128
-#include "vector_lanewise.inc"
+#include "vector_x86_lanewise.inc"
     ZENK_VECTOR_OP V Set64(uint64_t x) { return _mm_set1_epi64x(static_cast<long long>(x)); }
     // Low and high 64-bit halves of a 128-bit block.
     ZENK_VECTOR_OP V Set64x2(uint64_t low, uint64_t high) {
@@ -107,12 +120,37 @@ struct Sse2 {
     ZENK_VECTOR_OP V KeepLow64(V v) { return _mm_move_epi64(v); }
 };
 
+// What the kernels ask of a vector layer (README.md in this folder): a
+// register type, its count of 128-bit lanes and how many are filled, the
+// same layer with fewer lanes filled, and the lane-wise operations, each of
+// which acts within every lane exactly as on Vec128.
+template <class L>
+concept VectorLayer = requires(typename L::V v, const uint8_t* p, uint8_t* q) {
+    requires L::kLanes >= 1 && L::kActiveLanes >= 1 && L::kActiveLanes <= L::kLanes;
+    typename L::template WithLanes<1>;
+    { L::LoadU(p, 16) } -> std::same_as<typename L::V>;
+    { L::Load64(p, 8) } -> std::same_as<typename L::V>;
+    { L::Load32(p, 4) } -> std::same_as<typename L::V>;
+    L::Put64(q, v, 8);
+    L::Put32(q, v, 4);
+    L::Lane0(v);
+    { L::Broadcast(L::Lane0(v)) } -> std::same_as<typename L::V>;
+    { L::MulAdd16(v, v) } -> std::same_as<typename L::V>;
+    { L::PackS16ToU8(v, v) } -> std::same_as<typename L::V>;
+    { L::template Shuffle32<0>(v) } -> std::same_as<typename L::V>;
+};
+
+static_assert(VectorLayer<Vec128>);
+
 // Shuffle selector: element 0 from a, 1 from b, 2 from c, 3 from d.
 constexpr int Pick(int a, int b, int c, int d) { return d << 6 | c << 4 | b << 2 | a; }
 
 // ---- Memory order ------------------------------------------------------------------------
 
-inline void Prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
+// A read-ahead into every cache level (prefetcht0 on x86). Forced inline:
+// GCC 12 finds that a call of it returns nothing and has no effect it can
+// see, and drops it from the walk before inlining it.
+[[gnu::always_inline]] inline void Prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
 
 // A 4-byte non-temporal store; any address.
 inline void Stream32(void* p, int32_t bits) { _mm_stream_si32(static_cast<int*>(p), bits); }

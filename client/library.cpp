@@ -15,7 +15,7 @@
 #error "ZENK_LIBRARY_FILE_NAME names the library's file (its SONAME)"
 #endif
 
-namespace zenk::tool {
+namespace zenk::client {
 
 namespace {
 
@@ -65,7 +65,7 @@ Library::Library(const std::string& path) {
         return handle_ != nullptr;
     };
     if (!path.empty()) {
-        if (!attempt(path)) throw ToolError(kExitLibrary, "cannot load the conversion library: " + tried);
+        if (!attempt(path)) throw Error(kExitLibrary, "cannot load the conversion library: " + tried);
         return;
     }
     // A copied tool keeps the library beside it; in a build tree and once
@@ -77,7 +77,7 @@ Library::Library(const std::string& path) {
         if (!dir.empty() && access(candidate.c_str(), F_OK) == 0 && attempt(candidate)) return;
     }
     if (!attempt(ZENK_LIBRARY_FILE_NAME))
-        throw ToolError(kExitLibrary, "cannot load the conversion library: " + tried);
+        throw Error(kExitLibrary, "cannot load the conversion library: " + tried);
 }
 
 Library::~Library() {
@@ -99,4 +99,4 @@ ZenkConvertFunction Library::Find(Format src, Format dst) const {
     return reinterpret_cast<ZenkConvertFunction>(symbol);
 }
 
-}  // namespace zenk::tool
+}  // namespace zenk::client

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
-namespace zenk::tool {
+namespace zenk::client {
 
 namespace {
 
@@ -89,13 +89,58 @@ const std::vector<std::pair<std::string_view, Format>> kExtensions = {
 
 }  // namespace
 
-std::optional<Format> ParseFormat(std::string_view token) {
+namespace {
+
+using N = NameFamily;
+
+// GStreamer's names come in zenkconvert's order of preference: when
+// downstream leaves the choice open, the first format the input converts to
+// is taken after the input's own.
+const std::vector<FormatName> kNames = [] {
+    std::vector<FormatName> names;
+    for (const FormatInfo& info : kFormats) names.push_back({info.token, {info.format}, N::Token});
     for (const FormatInfo& info : kFormats)
-        if (SameIgnoringCase(token, info.token)) return info.format;
-    // A raw name is the colour block's: it names the format without an alpha plane.
-    for (const FormatInfo& info : kFormats)
-        if (!info.alpha_plane && !info.raw_name.empty() && SameIgnoringCase(token, info.raw_name)) return info.format;
+        if (!info.alpha_plane && !info.raw_name.empty()) names.push_back({info.raw_name, {info.format}, N::Ffmpeg});
+    const std::vector<FormatName> gstreamer = {
+        {"UYVY", {F::UYVY16I}, N::GStreamer}, {"YUY2", {F::YUYV16I}, N::GStreamer},
+        {"NV16", {F::Y8PUV8I}, N::GStreamer}, {"VUYA", {F::V8U8Y8A8I}, N::GStreamer},
+        {"BGRA", {F::BGR32I}, N::GStreamer},  {"BGRx", {F::BGR32I, true}, N::GStreamer},
+        {"BGR", {F::BGR24I}, N::GStreamer},   {"GRAY8", {F::A8P}, N::GStreamer},
+    };
+    names.insert(names.end(), gstreamer.begin(), gstreamer.end());
+    return names;
+}();
+
+}  // namespace
+
+const std::vector<FormatName>& AllFormatNames() { return kNames; }
+
+std::vector<FormatName> GStreamerNames() {
+    std::vector<FormatName> names;
+    for (const FormatName& n : kNames)
+        if (n.family == N::GStreamer) names.push_back(n);
+    return names;
+}
+
+std::optional<NamedFormat> ParseFormat(std::string_view name) {
+    for (const FormatName& n : kNames)
+        if (SameIgnoringCase(name, n.name)) return n.format;
     return std::nullopt;
+}
+
+std::string FormatNameList() {
+    std::string s;
+    NameFamily family = N::Token;
+    for (const FormatName& n : kNames) {
+        if (n.family != family) {
+            family = n.family;
+            s += family == N::Ffmpeg ? "; ffmpeg: " : "; GStreamer: ";
+        } else if (!s.empty()) {
+            s += ", ";
+        }
+        s += n.name;
+    }
+    return s;
 }
 
 std::optional<Format> FormatFromExtension(std::string_view path) {
@@ -110,15 +155,6 @@ std::string ExtensionList() {
     std::string s;
     for (const auto& e : kExtensions) s += std::string(e.first) + ", ";
     return s + ".png";
-}
-
-std::string FormatTokenList() {
-    std::string s;
-    for (const FormatInfo& info : kFormats) {
-        if (!s.empty()) s += ", ";
-        s += info.token;
-    }
-    return s;
 }
 
 bool IsYuv(Format f) {
@@ -165,47 +201,57 @@ std::string ExportName(Format src, Format dst) {
     return "ZENK_SSE2_" + std::string(Info(src).token) + "_" + std::string(Info(dst).token) + "_EX";
 }
 
-bool UsesConstantAlpha(const Pair& pair) {
+std::string Token(Format f) { return std::string(Info(f).token); }
+
+Format ColourPart(Format f) {
+    switch (f) {
+        case F::BGR24IA8P: return F::BGR24I;
+        case F::UYVY16IA8P: return F::UYVY16I;
+        case F::YUYV16IA8P: return F::YUYV16I;
+        case F::UVYY16IA8P: return F::UVYY16I;
+        case F::Y8PUV8IA8P: return F::Y8PUV8I;
+        default: return f;
+    }
+}
+
+// An IA8P pair runs the export of its colour parts, then an alpha kernel, so
+// its colour behaves as theirs.
+MatrixChange MatrixChangeOf(const Pair& pair) {
+    if (!IsYuv(pair.src) || !IsYuv(pair.dst)) return MatrixChange::NotYuvToYuv;
+    const F src = ColourPart(pair.src), dst = ColourPart(pair.dst);
+    if (dst == F::V8U8Y8A8I) return MatrixChange::Never;
+    if ((src == F::UYVY16I && (dst == F::UVYY16I || dst == F::Y8PUV8I)) || (src == F::UVYY16I && dst == F::UYVY16I))
+        return MatrixChange::WritesUyvyOrder;
+    return MatrixChange::Converts;
+}
+
+bool ReordersOnlyWhenAligned(const Pair& pair) {
+    const F src = ColourPart(pair.src), dst = ColourPart(pair.dst);
+    return (src == F::UYVY16I && dst == F::UVYY16I) || (src == F::UVYY16I && dst == F::UYVY16I);
+}
+
+PairUse UsesOf(const Pair& pair) {
+    PairUse use;
+    const bool alpha_only = pair.dst == F::A8P || pair.src == F::A8C;
+    const bool src_yuv = IsYuv(pair.src), dst_yuv = IsYuv(pair.dst);
+    if (!alpha_only && src_yuv && dst_yuv) {
+        // The repacking kernels read neither range flag; the luma clamp
+        // belongs to the change of matrix.
+        use.matrices = use.clamp = MatrixChangeOf(pair) != MatrixChange::Never;
+    } else if (!alpha_only && (src_yuv || dst_yuv)) {
+        use.matrix = use.range = use.clamp = true;
+    }
     // A BGR32I picture made from one without alpha, a constant fill of a
     // destination alpha plane, the 4:4:4 alpha byte.
-    return (pair.dst == Format::BGR32I && !HasAlpha(pair.src)) || pair.src == Format::A8C ||
-           pair.dst == Format::V8U8Y8A8I || (Info(pair.dst).alpha_plane && !HasAlpha(pair.src));
+    use.alpha = (pair.dst == F::BGR32I && !HasAlpha(pair.src)) || pair.src == F::A8C || pair.dst == F::V8U8Y8A8I ||
+                (Info(pair.dst).alpha_plane && !HasAlpha(pair.src));
+    use.source_alpha = HasAlpha(pair.src) && HasAlpha(pair.dst) && !use.alpha;
+    return use;
 }
 
-bool UsesColourOptions(const Pair& pair) {
-    const bool alpha_only = pair.dst == Format::A8P || pair.src == Format::A8C;
-    return !alpha_only && (IsYuv(pair.src) || IsYuv(pair.dst));
+bool Converts(const NamedFormat& src, Format dst) {
+    const Pair* pair = FindPair(src.format, dst);
+    return pair && !(src.alpha_unused && UsesOf(*pair).source_alpha);
 }
 
-std::string PairOptions(const Pair& pair) {
-    const bool src_yuv = IsYuv(pair.src), dst_yuv = IsYuv(pair.dst);
-    const bool alpha_only = pair.dst == Format::A8P || pair.src == Format::A8C;
-    std::vector<std::string> opts;
-    if (!alpha_only && src_yuv && dst_yuv) {
-        opts.push_back("--src-matrix --dst-matrix (change between them)");
-    } else if (!alpha_only && (src_yuv || dst_yuv)) {
-        opts.push_back("--matrix");
-    }
-    if (UsesColourOptions(pair)) {
-        opts.push_back("--full-range");
-        opts.push_back("--clamp-luma");
-    }
-    if (UsesConstantAlpha(pair)) opts.push_back("--alpha");
-    opts.push_back("--streaming");
-    if (pair.vertical_modes.size() > 1) {
-        std::string modes;
-        for (int m : pair.vertical_modes) {
-            if (!modes.empty()) modes += '|';
-            modes += std::to_string(m);
-        }
-        opts.push_back("--vertical-mode " + modes + " --scan-mode --field-pair");
-    }
-    std::string s;
-    for (const std::string& o : opts) {
-        if (!s.empty()) s += ", ";
-        s += o;
-    }
-    return s;
-}
-
-}  // namespace zenk::tool
+}  // namespace zenk::client

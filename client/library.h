@@ -1,4 +1,4 @@
-// The conversion library as zenk-convert sees it: loaded at run time, each
+// The conversion library as its hosts see it: loaded at run time, each
 // format pair's export looked up by name, so that a pair the loaded library
 // lacks is reported instead of failing to start or to build.
 #pragma once
@@ -8,13 +8,13 @@
 #include "formats.h"
 #include "zenk_transcoder.h"
 
-namespace zenk::tool {
+namespace zenk::client {
 
 class Library {
 public:
     // Loads `path`, or when it is empty the library beside the executable,
     // then the one its run path and the system's search find. Throws
-    // ToolError when neither loads.
+    // Error when neither loads.
     explicit Library(const std::string& path = {});
     ~Library();
     Library(const Library&) = delete;
@@ -33,4 +33,4 @@ private:
     std::string path_;
 };
 
-}  // namespace zenk::tool
+}  // namespace zenk::client
