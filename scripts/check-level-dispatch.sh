@@ -47,12 +47,12 @@ function hex(s,   n, i, c) {
   return n
 }
 # The level of a symbol from its mangled name (a leading underscore on
-# 32-bit targets): 0 sse2, 1 avx2, 2 avx512, -1 outside the level namespaces.
+# 32-bit targets; N may carry const and reference qualifiers): 0 sse2, 1 avx2, 2 avx512, -1 outside the level namespaces.
 function level(name) {
   sub(/^_+/, "", name)
-  if (name ~ /^ZZ?N4zenk4sse2/) return 0
-  if (name ~ /^ZZ?N4zenk4avx2/) return 1
-  if (name ~ /^ZZ?N4zenk6avx512/) return 2
+  if (name ~ /^ZZ?N[rVKRO]*4zenk4sse2/) return 0
+  if (name ~ /^ZZ?N[rVKRO]*4zenk4avx2/) return 1
+  if (name ~ /^ZZ?N[rVKRO]*4zenk6avx512/) return 2
   return -1
 }
 # The symbol holding address a (binary search over the starts).
@@ -159,5 +159,5 @@ END {
   if (failures) { print "level dispatch: " failures " violations"; exit 1 }
 }
 function pointer_width(o) { return ptr_width }
-function same_name(a, b) { sub(/^_*ZZ?N4zenk(4sse2|4avx2|6avx512)/, "", a); sub(/^_*ZZ?N4zenk(4sse2|4avx2|6avx512)/, "", b); return a == b }
+function same_name(a, b) { sub(/^_*ZZ?N[rVKRO]*4zenk(4sse2|4avx2|6avx512)/, "", a); sub(/^_*ZZ?N[rVKRO]*4zenk(4sse2|4avx2|6avx512)/, "", b); return a == b }
 ' "$tmp/symbols" "$tmp/code" "$tmp/headers" "$tmp/contents"
