@@ -15,15 +15,18 @@ dll32=${1:-build/windows-x86/ZenkTranscoderLibrary.dll}
 dll64=${2:-build/windows-x64/ZenkTranscoderLibrary.dll}
 
 # label | substrings the kernel's demangled name holds (level namespace
-# dropped), separated by ;
+# dropped), separated by ; (the kernel templates' names: a renamed template
+# needs its line changed here, and the script stops on a line that names no
+# kernel, or more than one). YuvLayout 0 is UYVY, 3 planar; AlphaForm 0 is
+# the constant alpha word, 3 none (BGR24).
 kernels=(
-  "UYVY16I_BGR32I|FrameKernel<yuv_to_rgb::Line<;Source<(yuv_to_rgb::YuvLayout)0, false>;Bgr32<(yuv_to_rgb::AlphaForm)0>"
-  "UYVY16I_BGR24I|FrameKernel<yuv_to_rgb::Line<;Source<(yuv_to_rgb::YuvLayout)0, false>;yuv_to_rgb::Bgr24,"
-  "Y8PUV8I_BGR32I|FrameKernel<yuv_to_rgb::Line<;Source<(yuv_to_rgb::YuvLayout)3, false>;Bgr32<(yuv_to_rgb::AlphaForm)0>"
-  "BGR32I_UYVY16I|FrameKernel<rgb_to_yuv::LineWriter<;Bgr32Pixels;(Packed)0>, false, false>"
-  "BGR24I_UYVY16I|FrameKernel<rgb_to_yuv::LineWriter<;Bgr24Pixels;(Packed)0>, false, false>"
-  "BGR32I_Y8PUV8I|FrameKernel<rgb_to_yuv::LineWriter<;Bgr32Pixels;PlanarLayout<;>, false, false>"
-  "UYVY16I_UYVY16I 601 to 709|FrameKernel<yuv_to_yuv::MatrixChange<;(Packed)0, (Packed)0, (yuv_to_yuv::LumaRule)0>"
+  "UYVY16I_BGR32I|FrameKernel<yuv_to_rgb::Decoder<;(YuvLayout)0, (yuv_to_rgb::AlphaForm)0,"
+  "UYVY16I_BGR24I|FrameKernel<yuv_to_rgb::Decoder<;(YuvLayout)0, (yuv_to_rgb::AlphaForm)3,"
+  "Y8PUV8I_BGR32I|FrameKernel<yuv_to_rgb::Decoder<;(YuvLayout)3, (yuv_to_rgb::AlphaForm)0,"
+  "BGR32I_UYVY16I|FrameKernel<rgb_to_yuv::Encoding<;Bgr32Pixels;(YuvLayout)0>, false, false>"
+  "BGR24I_UYVY16I|FrameKernel<rgb_to_yuv::Encoding<;Bgr24Pixels;(YuvLayout)0>, false, false>"
+  "BGR32I_Y8PUV8I|FrameKernel<rgb_to_yuv::Encoding<;Bgr32Pixels;PlanarLayout<;>, false, false>"
+  "UYVY16I_UYVY16I 601 to 709|FrameKernel<yuv_to_yuv::MatrixChange<;(YuvLayout)0, (YuvLayout)0, (yuv_to_yuv::LumaRule)0>"
 )
 
 # Prints "instructions stack-operands" of the block loop of the one kernel
@@ -78,8 +81,11 @@ for row in "${kernels[@]}"; do
   label=${row%%|*}
   substrings=${row#*|}
   for level in sse2 avx2 avx512; do
-    read -r n32 l32 s32 < <(block_loop "$dll32" i686-w64-mingw32-objdump i686-w64-mingw32-nm "$level" "$substrings")
-    read -r n64 l64 s64 < <(block_loop "$dll64" x86_64-w64-mingw32-objdump x86_64-w64-mingw32-nm "$level" "$substrings")
+    counts32=$(block_loop "$dll32" i686-w64-mingw32-objdump i686-w64-mingw32-nm "$level" "$substrings") &&
+      counts64=$(block_loop "$dll64" x86_64-w64-mingw32-objdump x86_64-w64-mingw32-nm "$level" "$substrings") ||
+      { echo "block-loops.sh: no single $level kernel for $label" >&2; exit 1; }
+    read -r n32 l32 s32 <<<"$counts32"
+    read -r n64 l64 s64 <<<"$counts64"
     echo "| $label | $level | $n32 | $n64 | $(awk -v a="$n32" -v b="$n64" 'BEGIN { printf "%.2f", a / b }') |" \
          "$l32 | $l64 | $s32 | $s64 |"
   done
