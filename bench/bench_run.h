@@ -41,6 +41,8 @@ constexpr int kSizeCount = 2;
 struct Measurement {
     bool ran = false;
     double seconds = 0;      // best time per frame over the repetitions
+    std::vector<double> times;  // every repetition's time per frame
+    double Median() const;
     int repetitions = 0;
     double allocations = 0;  // heap allocations of one frame's conversion
 };

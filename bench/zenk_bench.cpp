@@ -416,6 +416,7 @@ public:
             // time the benchmark waited for a core.
             const double seconds = run.cpu_accumulated_time / static_cast<double>(run.iterations);
             if (!m.ran || seconds < m.seconds) m.seconds = seconds;
+            m.times.push_back(seconds);
             m.ran = true;
             ++m.repetitions;
             auto allocs = run.counters.find("allocs");

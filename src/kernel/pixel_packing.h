@@ -56,24 +56,6 @@ template <class L, class Store>
 concept AcrossLanes = L::kLanes > 1 && L::kActiveLanes == L::kLanes && !Store::kStreaming &&
                       requires(const typename L::V* in, typename L::V* out) { L::JoinTwelves(in, out); };
 
-// A block of k vectors, in memory order where AcrossLanes holds.
-template <class L, class Store, int k>
-inline void LoadVectors(const void* p, typename L::V v[k]) {
-    if constexpr (AcrossLanes<L, Store>) {
-        for (int m = 0; m < k; ++m) v[m] = L::LoadWhole(static_cast<const uint8_t*>(p) + sizeof(v[0]) * m);
-    } else {
-        L::template LoadBlock<k>(p, v);
-    }
-}
-template <class L, class Store, int k>
-inline void StoreVectors(void* p, const typename L::V v[k]) {
-    if constexpr (AcrossLanes<L, Store>) {
-        for (int m = 0; m < k; ++m) L::StoreWhole(static_cast<uint8_t*>(p) + sizeof(v[0]) * m, v[m]);
-    } else {
-        L::template PutBlock<Store, k>(p, v);
-    }
-}
-
 // Sixteen BGRA pixels (four a vector) to 48 BGR bytes in three vectors, in
 // lane order or (kAcross) in memory order.
 template <class S, bool kAcross = false>

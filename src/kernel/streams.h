@@ -67,23 +67,27 @@ struct Streams {
     // planes at the lines given, their chroma planes stride times height on,
     // the alpha planes where the request puts them (no pair mode has any).
     Streams(const Request& r, const uint8_t* src_line, uint8_t* dst_line) {
-        ForEach([&]<int i>() { at[i] = LineStart(kPlanes[i], r, const_cast<uint8_t*>(src_line), dst_line); });
+        ForEach([&]<int i>() ZENK_INLINE_LAMBDA { at[i] = LineStart(kPlanes[i], r, const_cast<uint8_t*>(src_line), dst_line); });
     }
 
     uint8_t*& Destination() { return at[kDestination]; }
     uint8_t* Destination() const { return at[kDestination]; }
 
-    // On past one unit, or past a block in each of `lanes` lanes.
+    // On past one unit, past a block in each of `lanes` lanes, or past
+    // `count` blocks.
     void NextUnit() {
-        ForEach([&]<int i>() { at[i] += kUnitBytes[i]; });
+        ForEach([&]<int i>() ZENK_INLINE_LAMBDA { at[i] += kUnitBytes[i]; });
     }
     template <int32_t lanes>
     void NextBlock() {
-        ForEach([&]<int i>() { at[i] += kBlockBytes[i] * lanes; });
+        ForEach([&]<int i>() ZENK_INLINE_LAMBDA { at[i] += kBlockBytes[i] * lanes; });
+    }
+    void NextBlocks(int32_t count) {
+        ForEach([&]<int i>() ZENK_INLINE_LAMBDA { at[i] += static_cast<intptr_t>(kBlockBytes[i]) * count; });
     }
     // On to the next line of a frame, by each plane's skip.
     void NextLine(const Request& r) {
-        ForEach([&]<int i>() { at[i] = Advance(at[i], Skip(kPlanes[i], r)); });
+        ForEach([&]<int i>() ZENK_INLINE_LAMBDA { at[i] = Advance(at[i], Skip(kPlanes[i], r)); });
     }
 
     uint8_t* at[kCount];
@@ -92,7 +96,7 @@ private:
     // each.operator()<i>() for every stream present.
     template <class Each>
     ZENK_ARITHMETIC static void ForEach(Each each) {
-        [&]<int... i>(std::integer_sequence<int, i...>) {
+        [&]<int... i>(std::integer_sequence<int, i...>) ZENK_INLINE_LAMBDA {
             ((kUsed[i] ? each.template operator()<i>() : void()), ...);
         }(std::make_integer_sequence<int, kCount>{});
     }
@@ -103,21 +107,13 @@ private:
             case Plane::kSourceAlpha: return const_cast<uint8_t*>(r.src_alpha_plane);
             case Plane::kDestination: return dst_line;
             case Plane::kDestinationChroma: return ChromaLine(dst_line, r.dst_stride, r.dst_height);
-            case Plane::kDestinationAlpha: return r.dst_alpha_plane;
+            default: return r.dst_alpha_plane;
         }
-        return nullptr;
     }
-    ZENK_ARITHMETIC static int32_t Skip(Plane p, const Request& r) {
-        switch (p) {
-            case Plane::kSource:
-            case Plane::kSourceChroma: return r.src_skip;
-            case Plane::kSourceAlpha: return r.src_alpha_skip;
-            case Plane::kDestination:
-            case Plane::kDestinationChroma: return r.dst_skip;
-            case Plane::kDestinationAlpha: return r.dst_alpha_skip;
-        }
-        return 0;
-    }
+    // Each plane's skip, in the order of Plane.
+    static constexpr int32_t Request::*kSkips[] = {&Request::src_skip, &Request::src_skip, &Request::src_alpha_skip,
+                                                   &Request::dst_skip, &Request::dst_skip, &Request::dst_alpha_skip};
+    ZENK_ARITHMETIC static int32_t Skip(Plane p, const Request& r) { return r.*kSkips[static_cast<int>(p)]; }
 };
 
 // The streams at one block or unit, as a format sees them: through the
@@ -192,17 +188,22 @@ inline void PutBlock(const A& a, const typename A::V v[k]) {
     A::L::template PutBlock<typename A::Store, k>(Ptr<p>(a), v);
 }
 
-// The same block for byte moves that need no lane order (pixel_packing.h):
-// in memory order where the layer moves bytes across lanes, else as above.
+// The same block for byte moves that need no lane order: in memory order
+// (register m the m-th run of consecutive bytes) where the layer moves bytes
+// across lanes (AcrossLanes, pixel_packing.h), else as above.
 template <Plane p, int k, class A>
 inline void LoadVectors(const A& a, typename A::V v[k]) {
-    static_assert(16 * k == A::template kStep<p>);
-    zenk::ZENK_ISA::LoadVectors<typename A::L, typename A::Store, k>(Ptr<p>(a), v);
+    if constexpr (AcrossLanes<typename A::L, typename A::Store>)
+        for (int m = 0; m < k; ++m) v[m] = A::L::LoadWhole(Ptr<p>(a) + sizeof(v[0]) * m);
+    else
+        LoadBlock<p, k>(a, v);
 }
 template <Plane p, int k, class A>
 inline void StoreVectors(const A& a, const typename A::V v[k]) {
-    static_assert(16 * k == A::template kStep<p>);
-    zenk::ZENK_ISA::StoreVectors<typename A::L, typename A::Store, k>(Ptr<p>(a), v);
+    if constexpr (AcrossLanes<typename A::L, typename A::Store>)
+        for (int m = 0; m < k; ++m) A::L::StoreWhole(Ptr<p>(a) + sizeof(v[0]) * m, v[m]);
+    else
+        PutBlock<p, k>(a, v);
 }
 
 // Register m of the block's bytes in memory order, for formats that treat

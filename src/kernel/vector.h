@@ -11,6 +11,5 @@
 namespace zenk::ZENK_ISA {
 
 using Widest = ZENK_ISA_LAYER;
-static_assert(VectorLayer<Widest>);
 
 }  // namespace zenk::ZENK_ISA

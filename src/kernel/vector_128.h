@@ -27,7 +27,6 @@
 #include <simde/x86/sse2.h>
 #endif
 
-#include <concepts>
 #include <cstdint>
 #include <cstring>
 
@@ -47,6 +46,10 @@ using Vector128 = __m128i;
 // The same for the per-pixel arithmetic of a block, so that a kernel's
 // constants stay in registers across its line.
 #define ZENK_ARITHMETIC [[gnu::always_inline]] inline
+// The same for a lambda the layers and the walk call over a compile-time
+// sequence of lanes or streams: GCC's flattening of a kernel leaves such a
+// lambda out of line now and then, a call per block.
+#define ZENK_INLINE_LAMBDA __attribute__((always_inline))
 
 namespace zenk::ZENK_ISA {
 
@@ -120,28 +123,6 @@ struct Vec128 {
     ZENK_VECTOR_OP V KeepLow64(V v) { return _mm_move_epi64(v); }
 };
 
-// What the kernels ask of a vector layer (README.md in this folder): a
-// register type, its count of 128-bit lanes and how many are filled, the
-// same layer with fewer lanes filled, and the lane-wise operations, each of
-// which acts within every lane exactly as on Vec128.
-template <class L>
-concept VectorLayer = requires(typename L::V v, const uint8_t* p, uint8_t* q) {
-    requires L::kLanes >= 1 && L::kActiveLanes >= 1 && L::kActiveLanes <= L::kLanes;
-    typename L::template WithLanes<1>;
-    { L::LoadU(p, 16) } -> std::same_as<typename L::V>;
-    { L::Load64(p, 8) } -> std::same_as<typename L::V>;
-    { L::Load32(p, 4) } -> std::same_as<typename L::V>;
-    L::Put64(q, v, 8);
-    L::Put32(q, v, 4);
-    L::Lane0(v);
-    { L::Broadcast(L::Lane0(v)) } -> std::same_as<typename L::V>;
-    { L::MulAdd16(v, v) } -> std::same_as<typename L::V>;
-    { L::PackS16ToU8(v, v) } -> std::same_as<typename L::V>;
-    { L::template Shuffle32<0>(v) } -> std::same_as<typename L::V>;
-};
-
-static_assert(VectorLayer<Vec128>);
-
 // Shuffle selector: element 0 from a, 1 from b, 2 from c, 3 from d.
 constexpr int Pick(int a, int b, int c, int d) { return d << 6 | c << 4 | b << 2 | a; }
 
@@ -154,6 +135,18 @@ constexpr int Pick(int a, int b, int c, int d) { return d << 6 | c << 4 | b << 2
 
 // A 4-byte non-temporal store; any address.
 inline void Stream32(void* p, int32_t bits) { _mm_stream_si32(static_cast<int*>(p), bits); }
+
+// `count` bytes copied as they are, in one run: the processor's string copy
+// on x86, which moves long runs faster than vector loads and ordinary stores
+// do (it writes whole cache lines without reading them first); memcpy
+// elsewhere.
+inline void CopyRun(uint8_t* dst, const uint8_t* src, size_t count) {
+#if (defined(__x86_64__) || defined(__i386__)) && defined(__GNUC__)
+    __asm__ volatile("rep movsb" : "+D"(dst), "+S"(src), "+c"(count) : : "memory");
+#else
+    std::memcpy(dst, src, count);
+#endif
+}
 
 // Non-temporal stores are weakly ordered; the fence makes them visible to
 // any thread the host signals after the call returns.

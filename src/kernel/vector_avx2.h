@@ -42,8 +42,12 @@ struct Avx2Register {
     ZENK_VECTOR_OP V Insert(V v, __m128i lane) { return _mm256_inserti128_si256(v, lane, j); }
     ZENK_VECTOR_OP V LoadWhole(const void* p) { return _mm256_loadu_si256(static_cast<const V*>(p)); }
     ZENK_VECTOR_OP void StoreWhole(void* p, V v) { _mm256_storeu_si256(static_cast<V*>(p), v); }
+    ZENK_VECTOR_OP void StreamWhole(void* p, V v) { _mm256_stream_si256(static_cast<V*>(p), v); }
     ZENK_VECTOR_OP V Load64Packed(const void* p) {
         return _mm256_permute4x64_epi64(Zext(Vec128::LoadU(p)), 0xD8);
+    }
+    ZENK_VECTOR_OP void Store64Packed(void* p, V v) {
+        Vec128::StoreU(p, _mm256_castsi256_si128(_mm256_permute4x64_epi64(v, 0x08)));
     }
     // ---- Byte moves in memory order (kernel/pixel_packing.h), as in
     // vector_avx512.h: dword permutes place each register's useful dwords,
@@ -71,7 +75,7 @@ struct Avx2Register {
     // lane exchange each way.
     template <int k>
     ZENK_VECTOR_OP void ToMemoryOrder(const V v[k], V w[k]) {
-        [&]<int... m>(std::integer_sequence<int, m...>) {
+        [&]<int... m>(std::integer_sequence<int, m...>) ZENK_INLINE_LAMBDA {
             ((w[m] = _mm256_permute2x128_si256(v[2 * m % k], v[(2 * m + 1) % k],
                                                 (2 * m / k) | (2 + (2 * m + 1) / k) << 4)),
              ...);
@@ -79,7 +83,7 @@ struct Avx2Register {
     }
     template <int k>
     ZENK_VECTOR_OP void FromMemoryOrder(const V w[k], V v[k]) {
-        [&]<int... i>(std::integer_sequence<int, i...>) {
+        [&]<int... i>(std::integer_sequence<int, i...>) ZENK_INLINE_LAMBDA {
             ((v[i] = _mm256_permute2x128_si256(w[i / 2], w[(k + i) / 2], (i % 2) | (2 + (k + i) % 2) << 4)), ...);
         }(std::make_integer_sequence<int, k>{});
     }

@@ -45,6 +45,11 @@ struct Avx512Register {
     ZENK_VECTOR_OP V Insert(V v, __m128i lane) { return _mm512_inserti32x4(v, lane, j); }
     ZENK_VECTOR_OP V LoadWhole(const void* p) { return _mm512_loadu_si512(p); }
     ZENK_VECTOR_OP void StoreWhole(void* p, V v) { _mm512_storeu_si512(p, v); }
+    ZENK_VECTOR_OP void StreamWhole(void* p, V v) { _mm512_stream_si512(static_cast<V*>(p), v); }
+    ZENK_VECTOR_OP void Store64Packed(void* p, V v) {
+        const V low_qwords = _mm512_permutexvar_epi64(_mm512_set_epi64(0, 0, 0, 0, 6, 4, 2, 0), v);
+        _mm256_storeu_si256(static_cast<__m256i*>(p), _mm512_castsi512_si256(low_qwords));
+    }
     ZENK_VECTOR_OP V Load64Packed(const void* p) {
         return _mm512_maskz_permutexvar_epi64(0x55, _mm512_set_epi64(0, 3, 0, 2, 0, 1, 0, 0),
                                               _mm512_zextsi256_si512(_mm256_loadu_si256(static_cast<const __m256i*>(p))));

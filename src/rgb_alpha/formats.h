@@ -21,11 +21,11 @@ using namespace ::zenk::rgb_alpha;
 // of them a block; every kPrefetch blocks ask for their lines ahead. A line
 // an aligned kernel finds off its boundary goes head, body and tail, and
 // streaming kernels stream their ends too.
-template <int kDstBytes, int32_t kBlock, int32_t kPrefetch>
+template <int kDstBytes, int32_t kBlock, int32_t kPrefetch, bool kCopies = false>
 struct Pixels {
     static constexpr LineRule kRule{.unit_pixels = 1, .block_units = kBlock, .singles_below = 16,
                                     .misaligned = MisalignedLine::kAsAnyAlignment, .stream_ends = true,
-                                    .prefetch_every = kPrefetch};
+                                    .prefetch_every = kPrefetch, .copies = kCopies};
     // A 3-byte pixel does not divide 16, so its head comes from a table.
     static int32_t HeadUnits(const uint8_t* dst) {
         if constexpr (kDstBytes == 3)
@@ -40,7 +40,8 @@ struct Pixels {
 // Four vectors (B, G, R, A in each 32-bit lane): pixels 4i..4i+3 of each
 // lane's block in vector i, or, where the layer moves bytes across lanes
 // (AcrossLanes), consecutive pixels in consecutive registers. Loads, packing
-// and stores of one block take the same order from the block's store policy.
+// and stores of one block take the same order from the layer and the
+// block's store policy.
 
 // The fourth byte of each pixel, in pixel order.
 template <class L, class Store>
@@ -73,7 +74,7 @@ inline void AddAlphaBytes(const At& at, typename At::V px[4]) {
 // A copy of units of kBytes, kVectors 16-byte vectors a block. It moves the
 // same bytes whatever the lane order, so its blocks go as whole registers.
 template <class S, int kBytes, int kVectors, int32_t kPrefetch>
-struct Copy : Pixels<kBytes, 16 * kVectors / kBytes, kPrefetch> {
+struct Copy : Pixels<kBytes, 16 * kVectors / kBytes, kPrefetch, true> {
     using Vector = S;
     using Planes = Streams<Stream<Plane::kSource, kBytes, 16 * kVectors>, Stream<Plane::kDestination, kBytes, 16 * kVectors>>;
     explicit Copy(const Request&) {}

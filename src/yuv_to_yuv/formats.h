@@ -15,10 +15,10 @@ namespace zenk::ZENK_ISA::yuv_to_yuv {
 // kHeadUnitBytes bytes up to the 16-byte boundary. Every block asks for its
 // lines ahead: copies and byte reorders become as fast as memcpy; the
 // arithmetic kernels do not notice. Units are 4-byte source pairs.
-template <uint32_t kHeadUnitBytes, int32_t kBlockUnits, bool kStreamEnds = false>
+template <uint32_t kHeadUnitBytes, int32_t kBlockUnits, bool kStreamEnds = false, bool kCopies = false>
 struct PackedSource {
     static constexpr LineRule kRule{.unit_pixels = 2, .block_units = kBlockUnits, .singles_below = 16,
-                                    .stream_ends = kStreamEnds, .prefetch_every = 1};
+                                    .stream_ends = kStreamEnds, .prefetch_every = 1, .copies = kCopies};
     static int32_t HeadUnits(const uint8_t* dst) { return UnitsToBoundary(dst, kHeadUnitBytes); }
 };
 
@@ -36,7 +36,7 @@ enum class ByteMove { kCopy, kSwapWordBytes, kExchangeMiddleBytes };
 // A format that rearranges bytes, for a block and for a single pair alike.
 // Streaming kernels keep their pairs out of the cache too.
 template <class S, ByteMove kMove>
-struct Reorder : PackedSource<4, 8, true> {
+struct Reorder : PackedSource<4, 8, true, kMove == ByteMove::kCopy> {
     using Vector = S;
     using Planes = PackedToPacked<8>;
     explicit Reorder(const Request&) {}
