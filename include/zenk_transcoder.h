@@ -91,8 +91,22 @@ extern "C" {
 /*
  * The conversion request. On 32-bit x86 it is exactly the 104-byte record
  * of 26 little-endian 32-bit words that hosts fill (each field at 4 times
- * its word number); on x86-64 it is the natural layout of the same
- * declaration, with 8-byte pointers.
+ * its word number).
+ *
+ * 64-bit targets (Windows x64, x86-64 and Arm Linux) use the natural layout
+ * of the same declaration, 128 bytes: the four plane pointers are 8 bytes,
+ * 8-aligned, and every other field keeps its 32-bit size (none is a `long`,
+ * which 64-bit Windows keeps at 4 bytes and 64-bit Linux makes 8), so the
+ * layout is the same on Windows and Linux. Byte offsets:
+ *   src_plane 0, src_width 8, src_height 12, src_stride 16, src_skip 20,
+ *   src_matrix 24, src_range 28, src_field_pair 32 (3 reserved bytes, then
+ *   4 bytes of padding), src_alpha_plane 40, src_alpha_stride 48,
+ *   src_alpha_skip 52; dst_plane 56, width 64, dst_height 68, dst_stride 72,
+ *   dst_skip 76, dst_matrix 80, dst_range 84, dst_field_pair 88 (3 reserved
+ *   bytes, 4 of padding), dst_alpha_plane 96, dst_alpha_stride 104,
+ *   dst_alpha_skip 108; alpha_value 112, full_range 116,
+ *   use_streaming_stores 117, clamp_luma 118, flags_reserved 119,
+ *   scan_mode 120, vertical_mode 124.
  */
 typedef struct ZenkConversionRequest {
     /* Source block (words 0 to 10). */
@@ -169,6 +183,24 @@ ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, use_streaming_stores) == 4 * 
 ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, clamp_luma) == 4 * 23 + 2, "word 23, byte 2");
 ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, scan_mode) == 4 * 24, "word 24");
 ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, vertical_mode) == 4 * 25, "word 25");
+#elif UINTPTR_MAX == 0xFFFFFFFFFFFFFFFFu
+ZENK_STATIC_ASSERT(sizeof(ZenkConversionRequest) == 128, "the 64-bit request is 128 bytes");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_width) == 8, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_skip) == 20, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_field_pair) == 32, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_alpha_plane) == 40, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, src_alpha_skip) == 52, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_plane) == 56, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, width) == 64, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_skip) == 76, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_field_pair) == 88, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_alpha_plane) == 96, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, dst_alpha_skip) == 108, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, alpha_value) == 112, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, full_range) == 116, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, clamp_luma) == 118, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, scan_mode) == 120, "64-bit layout");
+ZENK_STATIC_ASSERT(offsetof(ZenkConversionRequest, vertical_mode) == 124, "64-bit layout");
 #endif
 
 /* Pixel format tokens, for hosts and tools that name formats at run time.

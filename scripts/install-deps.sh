@@ -2,7 +2,8 @@
 # Installs the Debian packages the build needs, and only those missing:
 # nothing happens (and no root is needed) when they are all there.
 #   scripts/install-deps.sh          the library, tests, tools, GStreamer element and benchmarks (linux-x64)
-#   scripts/install-deps.sh --all    also the 32-bit, Windows, 64-bit Arm, sanitizer and fuzzing toolchains
+#   scripts/install-deps.sh --all    also the 32-bit, Windows (and wine64, and what builds the
+#                                    emulated 32-bit Wine route), 64-bit Arm, sanitizer and fuzzing toolchains
 set -euo pipefail
 
 packages=(cmake ninja-build g++ googletest pkg-config file binutils
@@ -11,6 +12,7 @@ packages=(cmake ninja-build g++ googletest pkg-config file binutils
           help2man)
 if [ "${1:-}" = "--all" ]; then
   packages+=(gcc-multilib g++-multilib mingw-w64 g++-mingw-w64-i686 binutils-mingw-w64-i686
+             g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64 wine64 debootstrap qemu-user-static
              clang libclang-rt-14-dev
              binutils-aarch64-linux-gnu libstdc++-12-dev-arm64-cross qemu-user libsimde-dev)
 fi

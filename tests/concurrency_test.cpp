@@ -3,8 +3,8 @@
 // library running at another instruction-set level. Each thread's output
 // must equal the output of the same conversion run alone at the next level;
 // under ThreadSanitizer this also proves the conversions share no
-// unsynchronised state.
-#include <dlfcn.h>
+// unsynchronised state. On Windows the same runs against the DLL, each
+// level in a DLL instance of its own.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -19,7 +19,46 @@
 #include "support/def_names.h"
 #include "zenk_transcoder.h"
 
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
+
 namespace {
+
+#if defined(_WIN32)
+// The program sits beside the library and its settings library.
+std::filesystem::path LibraryPath() {
+    char self[MAX_PATH];
+    const DWORD n = GetModuleFileNameA(nullptr, self, MAX_PATH);
+    return std::filesystem::path(std::string(self, n)).parent_path() / "ZenkTranscoderLibrary.dll";
+}
+// The settings library is searched in the loaded library's directory.
+void* Load(const std::filesystem::path& p) {
+    return LoadLibraryExA(p.string().c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+}
+void* Symbol(void* library, const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
+}
+void Unload(void* library) { FreeLibrary(static_cast<HMODULE>(library)); }
+std::string LoadError() { return "LoadLibrary failed with error " + std::to_string(GetLastError()); }
+void SetLevel(const char* level) { _putenv_s("ZENK_CPU", level); }
+constexpr const char* kSuffix = ".dll";
+#else
+std::filesystem::path LibraryPath() { return ZENK_LIBRARY_PATH; }
+void* Load(const std::filesystem::path& p) { return dlopen(p.c_str(), RTLD_NOW | RTLD_LOCAL); }
+void* Symbol(void* library, const char* name) { return dlsym(library, name); }
+void Unload(void* library) { dlclose(library); }
+std::string LoadError() { return dlerror(); }
+void SetLevel(const char* level) {
+    if (*level != '\0')
+        setenv("ZENK_CPU", level, 1);
+    else
+        unsetenv("ZENK_CPU");
+}
+constexpr const char* kSuffix = ".so";
+#endif
 
 struct Export {
     std::string name;
@@ -30,7 +69,7 @@ struct Export {
 std::vector<Export> LoadExports(void* library) {
     std::vector<Export> exports;
     for (const std::string& name : DefNames("^\\s+(ZENK_SSE2_[A-Z0-9_]+_EX)\\s*$"))
-        if (auto f = reinterpret_cast<ZenkConvertFunction>(dlsym(library, name.c_str()))) exports.push_back({name, f});
+        if (auto f = reinterpret_cast<ZenkConvertFunction>(Symbol(library, name.c_str()))) exports.push_back({name, f});
     return exports;
 }
 
@@ -64,17 +103,20 @@ ZenkConversionRequest Request(Pictures& p, uint32_t seed) {
 // which chooses its level from ZENK_CPU at load. A level the processor lacks
 // runs the processor's best.
 std::vector<void*> LoadAtEveryLevel() {
-    const std::filesystem::path library(ZENK_LIBRARY_PATH);
+    const std::filesystem::path library = LibraryPath();
     std::vector<void*> instances;
 #define ZENK_LEVEL_NAME_(enumerator, name, layer, header, flags) #name,
     for (const char* level : {ZENK_FOR_EACH_ISA_LEVEL(ZENK_LEVEL_NAME_)}) {
-        const std::filesystem::path copy = library.parent_path() / (std::string("concurrency-") + level + ".so");
-        std::filesystem::copy_file(library, copy, std::filesystem::copy_options::overwrite_existing);
-        setenv("ZENK_CPU", level, 1);
-        instances.push_back(dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL));
-        if (instances.back() == nullptr) ADD_FAILURE() << dlerror();
+        const std::filesystem::path copy = library.parent_path() / (std::string("concurrency-") + level + kSuffix);
+        // Removed first: GCC 12's copy_file on Windows fails on an existing
+        // file even when told to overwrite it.
+        std::filesystem::remove(copy);
+        std::filesystem::copy_file(library, copy);
+        SetLevel(level);
+        instances.push_back(Load(copy));
+        if (instances.back() == nullptr) ADD_FAILURE() << LoadError();
     }
-    unsetenv("ZENK_CPU");
+    SetLevel("");
     return instances;
 }
 
@@ -122,7 +164,7 @@ TEST(Concurrency, EveryExportFromSeveralThreadsMatchesItsSingleThreadedResult) {
     }
     for (std::thread& th : threads) th.join();
     EXPECT_EQ(mismatches, 0);
-    for (void* library : libraries) dlclose(library);
+    for (void* library : libraries) Unload(library);
 }
 
 }  // namespace

@@ -83,9 +83,8 @@ TEST(PairModeLayout, LinesLandOnePitchApartFromTheHostsSkip) {
                                 .dst_matrix = 1, .alpha_value = 0x00FF00FF};  // 255 on either alpha form
             e.convert(&whole);
 
-            // A source of no lines is a page the kernel cannot read, where
-            // the system offers one.
-            AlignedBytes no_source = GuardPagesAvailable() ? AlignedBytes::BetweenGuardPages(4096) : AlignedBytes(64);
+            // A source of no lines sits between pages the kernel cannot read.
+            AlignedBytes no_source = AlignedBytes::BetweenGuardPages(4096);
             const int32_t step = row.bottom_up ? -kPitch : kPitch;
             AlignedBytes dst(static_cast<size_t>(4 * kDstLines * kPitch));
             std::memset(dst.data(), 0xA5, dst.size());

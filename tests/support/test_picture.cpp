@@ -3,7 +3,9 @@
 #include <cstdlib>
 #include <sstream>
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <sys/mman.h>
 #include <unistd.h>
 #endif
@@ -40,26 +42,52 @@ AlignedBytes::AlignedBytes(size_t n)
              [](uint8_t* p) { ::operator delete[](p, std::align_val_t{64}); }),
       size_(n) {}
 
-#if !defined(_WIN32)
-bool GuardPagesAvailable() { return true; }
+// The bytes get whole pages of their own, between two pages that neither
+// reads nor writes: VirtualProtect on Windows does what mprotect does.
+#if defined(_WIN32)
+namespace {
+size_t PageSize() {
+    SYSTEM_INFO info;
+    GetSystemInfo(&info);
+    return info.dwPageSize;
+}
+uint8_t* MapPages(size_t bytes) {
+    void* m = VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+    if (m == nullptr) std::abort();
+    return static_cast<uint8_t*>(m);
+}
+void Forbid(uint8_t* page, size_t bytes) {
+    DWORD before;
+    if (!VirtualProtect(page, bytes, PAGE_NOACCESS, &before)) std::abort();
+}
+void UnmapPages(uint8_t* base, size_t) { VirtualFree(base, 0, MEM_RELEASE); }
+}  // namespace
+#else
+namespace {
+size_t PageSize() { return static_cast<size_t>(sysconf(_SC_PAGESIZE)); }
+uint8_t* MapPages(size_t bytes) {
+    void* m = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (m == MAP_FAILED) std::abort();
+    return static_cast<uint8_t*>(m);
+}
+void Forbid(uint8_t* page, size_t bytes) {
+    if (mprotect(page, bytes, PROT_NONE) != 0) std::abort();
+}
+void UnmapPages(uint8_t* base, size_t bytes) { munmap(base, bytes); }
+}  // namespace
+#endif
 
 AlignedBytes AlignedBytes::BetweenGuardPages(size_t n) {
-    const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    const size_t page = PageSize();
     const size_t inner = (n + page - 1) / page * page;
-    void* m = mmap(nullptr, inner + 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (m == MAP_FAILED) std::abort();
-    uint8_t* base = static_cast<uint8_t*>(m);
-    mprotect(base, page, PROT_NONE);
-    mprotect(base + page + inner, page, PROT_NONE);
+    uint8_t* base = MapPages(inner + 2 * page);
+    Forbid(base, page);
+    Forbid(base + page + inner, page);
     AlignedBytes b;
-    b.bytes_.reset(base + page, [=](uint8_t* p) { munmap(p - page, inner + 2 * page); });
+    b.bytes_.reset(base + page, [=](uint8_t* p) { UnmapPages(p - page, inner + 2 * page); });
     b.size_ = inner;
     return b;
 }
-#else
-bool GuardPagesAvailable() { return false; }
-AlignedBytes AlignedBytes::BetweenGuardPages(size_t n) { return AlignedBytes(n); }
-#endif
 
 namespace {
 constexpr int64_t kGuard = 96;
@@ -76,7 +104,7 @@ std::pair<int64_t, int64_t> LineSpan(const PlaneShape& s) {
 }  // namespace
 
 GuardedPlane::GuardedPlane(Rng& rng, const PlaneShape& plane_shape) : shape(plane_shape) {
-    if (shape.guard_page != GuardPage::kNone && GuardPagesAvailable()) {
+    if (shape.guard_page != GuardPage::kNone) {
         const auto [low, high] = LineSpan(shape);
         bytes = AlignedBytes::BetweenGuardPages(static_cast<size_t>(high - low) + 64);
         // Before the start: the lowest byte of the span on the page boundary,

@@ -77,8 +77,9 @@ struct PlaneShape {
 class AlignedBytes {
 public:
     explicit AlignedBytes(size_t n = 0);  // zeroed, and 64 zero bytes after them
-    // Bytes between two inaccessible pages (where the system offers them):
-    // data() is page-aligned and data() + size() is the start of a page.
+    // Bytes between two inaccessible pages (mprotect, or VirtualProtect on
+    // Windows): data() is page-aligned and data() + size() is the start of a
+    // page.
     static AlignedBytes BetweenGuardPages(size_t n);
     AlignedBytes(const AlignedBytes& o) : AlignedBytes(o.size_) { std::copy_n(o.data(), size_, data()); }
     AlignedBytes(AlignedBytes&&) noexcept = default;
@@ -93,9 +94,6 @@ private:
     std::shared_ptr<uint8_t> bytes_;  // released by whatever allocated it
     size_t size_ = 0;
 };
-
-// Whether this system can place planes against inaccessible pages.
-bool GuardPagesAvailable();
 
 // A plane's bytes, guard room included, and where its first line starts.
 struct GuardedPlane {
