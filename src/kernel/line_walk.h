@@ -143,7 +143,7 @@ ZENK_ARITHMETIC void Blocks(const F& f, typename F::Planes& s, int32_t count, in
 // One line of `width` pixels. A last pixel that does not fill a unit is
 // neither converted nor consumed.
 template <class F, class A>
-inline void WalkLine(const F& f, typename F::Planes& s, int32_t width) {
+ZENK_ARITHMETIC void WalkLine(const F& f, typename F::Planes& s, int32_t width) {
     constexpr LineRule kRule = F::kRule;
     constexpr int32_t kBlockPixels = kRule.unit_pixels * kRule.block_units;
     int32_t head = 0, body, tail = 0;
@@ -200,7 +200,7 @@ template <LineFormat F, class A>
 ZENK_KERNEL_ENTRY void PairModeKernel(const Request* r) {
     const F f(*r);
     Prefetch(r->src_plane);
-    WalkLinePairs(PairModeLines(r), [&](const uint8_t* src_line, uint8_t*& dst) {
+    WalkLinePairs(PairModeLines(r), [&](const uint8_t* src_line, uint8_t*& dst) ZENK_INLINE_LAMBDA {
         typename F::Planes s(*r, src_line, dst);
         WalkLine<F, A>(f, s, r->width);
         dst = s.Destination();
