@@ -80,7 +80,9 @@ constexpr GuardRow kGuardRows[] = {
 };
 
 TEST(GuardPages, TouchingEitherNeighbourFaultsAtThatByte) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    // The child is a fork of this process: a new process image would not start
+    // under a user-mode emulator that is not registered with the kernel (the
+    // Arm suite's qemu-aarch64). Windows always starts a new one.
     for (const GuardRow& row : kGuardRows) {
         const AlignedBytes bytes = AlignedBytes::BetweenGuardPages(100);
         // Every byte of the pages between the guards is there to use.
