@@ -16,14 +16,8 @@
 #include <vector>
 
 #include "kernel/isa_levels.h"
-#include "support/def_names.h"
+#include "support/shared_library.h"
 #include "zenk_transcoder.h"
-
-#if defined(_WIN32)
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
 
 namespace {
 
@@ -34,30 +28,8 @@ std::filesystem::path LibraryPath() {
     const DWORD n = GetModuleFileNameA(nullptr, self, MAX_PATH);
     return std::filesystem::path(std::string(self, n)).parent_path() / "ZenkTranscoderLibrary.dll";
 }
-// The settings library is searched in the loaded library's directory.
-void* Load(const std::filesystem::path& p) {
-    return LoadLibraryExA(p.string().c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-}
-void* Symbol(void* library, const char* name) {
-    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name));
-}
-void Unload(void* library) { FreeLibrary(static_cast<HMODULE>(library)); }
-std::string LoadError() { return "LoadLibrary failed with error " + std::to_string(GetLastError()); }
-void SetLevel(const char* level) { _putenv_s("ZENK_CPU", level); }
-constexpr const char* kSuffix = ".dll";
 #else
 std::filesystem::path LibraryPath() { return ZENK_LIBRARY_PATH; }
-void* Load(const std::filesystem::path& p) { return dlopen(p.c_str(), RTLD_NOW | RTLD_LOCAL); }
-void* Symbol(void* library, const char* name) { return dlsym(library, name); }
-void Unload(void* library) { dlclose(library); }
-std::string LoadError() { return dlerror(); }
-void SetLevel(const char* level) {
-    if (*level != '\0')
-        setenv("ZENK_CPU", level, 1);
-    else
-        unsetenv("ZENK_CPU");
-}
-constexpr const char* kSuffix = ".so";
 #endif
 
 struct Export {
@@ -107,16 +79,16 @@ std::vector<void*> LoadAtEveryLevel() {
     std::vector<void*> instances;
 #define ZENK_LEVEL_NAME_(enumerator, name, layer, header, flags) #name,
     for (const char* level : {ZENK_FOR_EACH_ISA_LEVEL(ZENK_LEVEL_NAME_)}) {
-        const std::filesystem::path copy = library.parent_path() / (std::string("concurrency-") + level + kSuffix);
+        const auto copy = library.parent_path() / ("concurrency-" + std::string(level) + library.extension().string());
         // Removed first: GCC 12's copy_file on Windows fails on an existing
         // file even when told to overwrite it.
         std::filesystem::remove(copy);
         std::filesystem::copy_file(library, copy);
-        SetLevel(level);
-        instances.push_back(Load(copy));
+        SetEnvironment("ZENK_CPU", level);
+        instances.push_back(Load(copy.string()));
         if (instances.back() == nullptr) ADD_FAILURE() << LoadError();
     }
-    SetLevel("");
+    SetEnvironment("ZENK_CPU", "");
     return instances;
 }
 

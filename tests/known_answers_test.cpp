@@ -1,7 +1,8 @@
 // Known answers: what the differential test cannot see because the scalar
 // references could share the mistake. The published code values of 75%
 // colour bars, black and white in each range, the documented arithmetic
-// quirks with their worked numbers, and when host option 128 is asked.
+// quirks with their worked numbers, when host option 128 is asked, and what
+// the plain entry points do.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -315,6 +316,40 @@ TEST_F(KnownAnswers, HostOptionAskedForFullRangeOnly) {
             const bool asks = full_range != 0 && convert != ZENK_SSE2_UYVY16I_UYVY16I_EX;
             EXPECT_EQ(ZenkTestSettingsLastOption(), asks ? 128 : -1) << int(full_range);
         }
+}
+
+// ---- Plain entry points --------------------------------------------------------------------
+
+// Plain calls set no picture size: every one of them leaves the destination
+// untouched, whatever its pointers, pitch, matrix and range. Those between
+// YUV and RGB take full_range from range 1 and so ask host option 128.
+using PlainEntryPoints = WithHostSettings<>;
+
+TEST_F(PlainEntryPoints, ConvertNothingAndAskTheHostForRangeOneOnly) {
+    using Plain6 = void(ZENK_CALL*)(const uint8_t*, uint8_t*, int32_t, int32_t, int32_t, int32_t);
+    using Plain7 = void(ZENK_CALL*)(const uint8_t*, uint8_t*, int32_t, int32_t, int32_t, int32_t, uint32_t);
+    const std::pair<Plain6, bool> plain6[] = {
+        {ZENK_SSE2_BGR32I_BGR32I, false},  {ZENK_SSE2_BGR32I_BGR24I, false},  {ZENK_SSE2_BGR24I_BGR32I, false},
+        {ZENK_SSE2_BGR24I_BGR24I, false},  {ZENK_SSE2_BGR32I_YUYV16I, true},  {ZENK_SSE2_BGR32I_UYVY16I, true},
+        {ZENK_SSE2_BGR32I_UVYY16I, true},  {ZENK_SSE2_BGR24I_YUYV16I, true},  {ZENK_SSE2_BGR24I_UYVY16I, true},
+        {ZENK_SSE2_BGR24I_UVYY16I, true},  {ZENK_SSE2_UYVY16I_BGR24I, true},  {ZENK_SSE2_YUYV16I_BGR24I, true},
+        {ZENK_SSE2_UYVY16I_UYVY16I, false}, {ZENK_SSE2_YUYV16I_YUYV16I, false}};
+    const Plain7 plain7[] = {ZENK_SSE2_UYVY16I_BGR32I, ZENK_SSE2_YUYV16I_BGR32I};
+    std::vector<uint8_t> src(64 * 16, 0x5A), dst(64 * 16, 0xC3);
+    for (int range : {0, 1, 2}) {
+        for (auto [f, yuv_rgb] : plain6) {
+            ZenkTestSettingsResetCounts();
+            f(src.data(), dst.data(), 256, 64, 1, range);
+            EXPECT_EQ(ZenkTestSettingsLastOption(), yuv_rgb && range == 1 ? 128 : -1) << range;
+        }
+        for (Plain7 f : plain7) {
+            ZenkTestSettingsResetCounts();
+            f(src.data(), dst.data(), 256, 64, 0, range, 0xFF);
+            EXPECT_EQ(ZenkTestSettingsLastOption(), range == 1 ? 128 : -1) << range;
+        }
+    }
+    ZENK_SSE2_BGR32I_A8P(src.data(), dst.data(), 256);
+    for (uint8_t b : dst) ASSERT_EQ(b, 0xC3);
 }
 
 }  // namespace

@@ -38,6 +38,7 @@ struct LayoutRow {
     bool bottom_up;        // destination walked upward from its last line
     int32_t src_height;
     std::vector<int> source_lines;  // source line of each destination line; none: nothing written
+    int32_t src_skip_lines = 0;     // src_skip in pitches; negative: the source walked upward from its last line
 };
 
 const LayoutRow kRows[] = {
@@ -50,6 +51,9 @@ const LayoutRow kRows[] = {
     {"odd width: the pointer stands after 12 pixels", 1, 0, 13, 8, false, 16, {0, 2, 4, 6}},
     {"odd width, bottom-up", 2, 1, 21, 8, true, 16, {0, 1, 8, 9}},
     {"src_height 0 with dst_height 4", 1, 0, 16, 0, false, 0, {}},
+    // Upward, the second line above the first; the skip adds to the step.
+    {"bottom-up source", 1, 0, 16, 0, false, 16, {15, 13, 10, 8}, -1},
+    {"bottom-up source, quarter each field", 2, 1, 16, 0, false, 16, {15, 14, 6, 5}, -1},
 };
 
 constexpr int32_t kDstLines = 4, kSrcLines = 16;
@@ -97,12 +101,13 @@ TEST(PairModeLayout, LinesLandOnePitchApartFromTheHostsSkip) {
                 std::memcpy(at, from, static_cast<size_t>(converted));
                 if (e.dst_planar) std::memcpy(at + step * kDstLines, from + kSrcLines * kPitch, converted);
             }
-            const Request pairs{.src_plane = row.src_height == 0 ? no_source.end() : src.data(),
-                                .src_height = row.src_height, .src_stride = src_pitch,
+            const int32_t last = row.src_skip_lines < 0 ? kSrcLines - 1 : 0;
+            const Request pairs{.src_plane = row.src_height == 0 ? no_source.end() : src.data() + last * src_pitch,
+                                .src_height = row.src_height, .src_stride = src_pitch, .src_skip = row.src_skip_lines * src_pitch,
                                 .src_field_pair = row.field_pair, .dst_plane = dst.data() + first, .width = row.width,
                                 .dst_height = kDstLines, .dst_stride = step, .dst_skip = step - converted,
-                                .dst_matrix = 1, .alpha_value = 0x00FF00FF, .scan_mode = 1,
-                                .vertical_mode = row.vertical_mode};
+                                .dst_matrix = 1, .alpha_value = 0x00FF00FF,
+                                .scan_mode = row.vertical_mode, .vertical_mode = row.vertical_mode};  // scan_mode 1 or 2
             e.convert(&pairs);
             for (size_t i = 0; i < want.size(); ++i)
                 ASSERT_EQ(dst[i], want[i]) << "destination byte " << static_cast<ptrdiff_t>(i - first)
