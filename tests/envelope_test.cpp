@@ -18,17 +18,10 @@ struct EnvelopeRow {
 
 std::vector<EnvelopeRow> EnvelopeRows() {
     std::vector<EnvelopeRow> rows = {
-        {"width 0", {.width = 0}},
-        {"width 1", {.width = 1}},
-        {"width 2", {.width = 2}},
-        {"height 0", {.height = 0}},
-        {"height 1", {.height = 1}},
-        {"every plane bottom-up", {.bottom_up_percent = 100}},
-        {"alpha_value 0", {}, 0},
-        {"alpha_value 0xFFFFFFFF", {}, 0xFFFFFFFF},
-        {"alpha_value 0xFFFF0000", {}, 0xFFFF0000},
-        {"aligned planes", {.aligned = true}},
-        {"line-pair modes", {.pair_mode = kAnyPairMode}},
+        {"width 0", {.width = 0}}, {"width 1", {.width = 1}}, {"width 2", {.width = 2}},
+        {"height 0", {.height = 0}}, {"height 1", {.height = 1}}, {"every plane bottom-up", {.bottom_up_percent = 100}},
+        {"alpha_value 0", {}, 0}, {"alpha_value 0xFFFFFFFF", {}, 0xFFFFFFFF}, {"alpha_value 0xFFFF0000", {}, 0xFFFF0000},
+        {"aligned planes", {.aligned = true}}, {"line-pair modes", {.pair_mode = kAnyPairMode}},
         {"line-pair modes, width 1", {.width = 1, .pair_mode = kAnyPairMode}},
         {"line-pair modes, no source lines", {.height = 0, .pair_mode = kAnyPairMode}},
         {"line-pair modes, every plane bottom-up", {.bottom_up_percent = 100, .pair_mode = kAnyPairMode}},
@@ -64,13 +57,9 @@ void RunEnvelope(GuardPage guard, int iterations) {
 
 TEST(Envelope, OddRequestsConvertExactlyAndStayInTheirPlanes) { RunEnvelope(GuardPage::kNone, 12); }
 
-TEST(Envelope, NothingReadOrWrittenPastTheLastLine) {
-    RunEnvelope(GuardPage::kAfterEnd, 3);
-}
+TEST(Envelope, NothingReadOrWrittenPastTheLastLine) { RunEnvelope(GuardPage::kAfterEnd, 3); }
 
-TEST(Envelope, NothingReadOrWrittenBeforeTheFirstLine) {
-    RunEnvelope(GuardPage::kBeforeStart, 3);
-}
+TEST(Envelope, NothingReadOrWrittenBeforeTheFirstLine) { RunEnvelope(GuardPage::kBeforeStart, 3); }
 
 }  // namespace
 }  // namespace zenk::test

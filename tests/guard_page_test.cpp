@@ -66,31 +66,20 @@ void Touch(volatile uint8_t* p, bool write) {
     std::exit(0);  // no fault at all
 }
 
-struct GuardRow {
-    const char* what;
-    bool after;  // the page after the bytes, else the one before
-    bool write;
-};
-
-constexpr GuardRow kGuardRows[] = {
-    {"read after the end", true, false},
-    {"write after the end", true, true},
-    {"read before the start", false, false},
-    {"write before the start", false, true},
-};
-
 TEST(GuardPages, TouchingEitherNeighbourFaultsAtThatByte) {
     // The child is a fork of this process: a new process image would not start
     // under a user-mode emulator that is not registered with the kernel (the
     // Arm suite's qemu-aarch64). Windows always starts a new one.
-    for (const GuardRow& row : kGuardRows) {
-        const AlignedBytes bytes = AlignedBytes::BetweenGuardPages(100);
-        // Every byte of the pages between the guards is there to use.
-        bytes[0] = 1;
-        bytes[bytes.size() - 1] = 1;
-        volatile uint8_t* target = row.after ? bytes.end() : bytes.begin() - 1;
-        EXPECT_EXIT(Touch(target, row.write), ::testing::ExitedWithCode(kFaultedThere), "") << row.what;
-    }
+    for (bool after : {true, false})  // the page after the bytes, else the one before
+        for (bool write : {false, true}) {
+            const AlignedBytes bytes = AlignedBytes::BetweenGuardPages(100);
+            // Every byte of the pages between the guards is there to use.
+            bytes[0] = 1;
+            bytes[bytes.size() - 1] = 1;
+            volatile uint8_t* target = after ? bytes.end() : bytes.begin() - 1;
+            EXPECT_EXIT(Touch(target, write), ::testing::ExitedWithCode(kFaultedThere), "")
+                << (write ? "write " : "read ") << (after ? "after the end" : "before the start");
+        }
 }
 
 }  // namespace

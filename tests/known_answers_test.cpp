@@ -44,10 +44,10 @@ std::vector<uint8_t> Convert(const Line& l) {
     return {dst + l.dst_offset, dst + l.dst_offset + 512};
 }
 
-std::vector<uint8_t> Repeat(const std::vector<uint8_t>& unit, int times) {
-    std::vector<uint8_t> out;
-    for (int i = 0; i < times; ++i) out.insert(out.end(), unit.begin(), unit.end());
-    return out;
+// `unit` `times` over, then `then`.
+std::vector<uint8_t> Repeat(const std::vector<uint8_t>& unit, int times, std::vector<uint8_t> then = {}) {
+    for (int i = 0; i < times; ++i) then.insert(then.begin(), unit.begin(), unit.end());
+    return then;
 }
 
 using KnownAnswers = WithHostSettings<>;
@@ -58,14 +58,14 @@ using KnownAnswers = WithHostSettings<>;
 // bars as in ITU-R BT.801; BT.709: SMPTE RP 219), from RGB 191 = 75% of 255.
 struct Bar {
     const char* name;
-    uint8_t r, g, b;
-    int y601, cb601, cr601, y709, cb709, cr709;
+    uint8_t bgr[3];
+    uint8_t cb_y_cr[6];  // BT.601, then BT.709
 };
 const Bar kBars[] = {
-    {"white", 191, 191, 191, 180, 128, 128, 180, 128, 128}, {"yellow", 191, 191, 0, 162, 44, 142, 168, 44, 136},
-    {"cyan", 0, 191, 191, 131, 156, 44, 145, 147, 44},      {"green", 0, 191, 0, 112, 72, 58, 133, 63, 52},
-    {"magenta", 191, 0, 191, 84, 184, 198, 63, 193, 204},   {"red", 191, 0, 0, 65, 100, 212, 51, 109, 212},
-    {"blue", 0, 0, 191, 35, 212, 114, 28, 212, 120},        {"black", 0, 0, 0, 16, 128, 128, 16, 128, 128},
+    {"white", {191, 191, 191}, {128, 180, 128, 128, 180, 128}}, {"yellow", {0, 191, 191}, {44, 162, 142, 44, 168, 136}},
+    {"cyan", {191, 191, 0}, {156, 131, 44, 147, 145, 44}}, {"green", {0, 191, 0}, {72, 112, 58, 63, 133, 52}},
+    {"magenta", {191, 0, 191}, {184, 84, 198, 193, 63, 204}}, {"red", {0, 0, 191}, {100, 65, 212, 109, 51, 212}},
+    {"blue", {191, 0, 0}, {212, 35, 114, 212, 28, 120}}, {"black", {0, 0, 0}, {128, 16, 128, 128, 16, 128}},
 };
 
 // Encoded within one code of the published values (BGR24 lines share the
@@ -75,19 +75,15 @@ TEST_F(KnownAnswers, SeventyFivePercentBarsInBothMatrices) {
     for (const Bar& bar : kBars)
         for (int32_t matrix : {1, 0}) {
             SCOPED_TRACE(::testing::Message() << bar.name << (matrix == 1 ? " BT.601" : " BT.709"));
-            const int y = matrix == 1 ? bar.y601 : bar.y709, cb = matrix == 1 ? bar.cb601 : bar.cb709,
-                      cr = matrix == 1 ? bar.cr601 : bar.cr709;
-            const std::vector<uint8_t> out =
-                Convert({ZENK_SSE2_BGR32I_UYVY16I_EX, Repeat({bar.b, bar.g, bar.r, 0}, 16), 16, 0, matrix});
-            EXPECT_NEAR(out[0], cb, 1);
-            EXPECT_NEAR(out[1], y, 1);
-            EXPECT_NEAR(out[2], cr, 1);
-            const std::vector<uint8_t> bgra =
-                Convert({ZENK_SSE2_UYVY16I_BGR32I_EX, Repeat({uint8_t(cb), uint8_t(y), uint8_t(cr), uint8_t(y)}, 8), 16,
-                         0, matrix, 0, 1});
-            EXPECT_NEAR(bgra[0], bar.b ? 191 : 0, 2);
-            EXPECT_NEAR(bgra[1], bar.g ? 191 : 0, 2);
-            EXPECT_NEAR(bgra[2], bar.r ? 191 : 0, 2);
+            const uint8_t* code = bar.cb_y_cr + (matrix == 1 ? 0 : 3);
+            const auto uyvy = Convert(
+                {ZENK_SSE2_BGR32I_UYVY16I_EX, Repeat({bar.bgr[0], bar.bgr[1], bar.bgr[2], 0}, 16), 16, 0, matrix});
+            const auto bgra = Convert(
+                {ZENK_SSE2_UYVY16I_BGR32I_EX, Repeat({code[0], code[1], code[2], code[1]}, 8), 16, 0, matrix, 0, 1});
+            for (int i = 0; i < 3; ++i) {
+                EXPECT_NEAR(uyvy[i], code[i], 1);
+                EXPECT_NEAR(bgra[i], bar.bgr[i], 2);
+            }
         }
 }
 
@@ -105,7 +101,7 @@ TEST_F(KnownAnswers, EncodedBlackAndWhiteInEachRange) {
     for (const Row& row : rows) {
         AnswerHostOption(row.option);
         for (uint8_t level : {0, 255}) {
-            const std::vector<uint8_t> out = Convert(
+            const auto out = Convert(
                 {ZENK_SSE2_BGR32I_UYVY16I_EX, std::vector<uint8_t>(64, level), 16, 0, row.matrix, row.full_range});
             EXPECT_EQ(out[1], level ? row.white : row.black)
                 << row.matrix << " " << int(row.full_range) << " " << row.option;
@@ -121,8 +117,7 @@ TEST_F(KnownAnswers, EncodedBlackAndWhiteInEachRange) {
 // pixel decodes to black; with the clamp on both are black.
 TEST_F(KnownAnswers, EvenLumaBelowBlackWrapsToWhite) {
     for (uint8_t clamp : {0, 1}) {
-        const std::vector<uint8_t> out =
-            Convert({ZENK_SSE2_UYVY16I_BGR32I_EX, Repeat({128, 10, 128, 10}, 8), 16, 0, 1, 0, clamp});
+        const auto out = Convert({ZENK_SSE2_UYVY16I_BGR32I_EX, Repeat({128, 10, 128, 10}, 8), 16, 0, 1, 0, clamp});
         for (int x = 0; x < 16; ++x)
             EXPECT_EQ(out[4 * x + 1], x % 2 == 0 && !clamp ? 255 : 0) << "x " << x << " clamp " << int(clamp);
     }
@@ -141,7 +136,7 @@ TEST_F(KnownAnswers, ConstantAlphaWordAndDwordForms) {
     for (const Row& row : rows)
         for (uint32_t offset : {0u, 8u})
             for (uint8_t streaming : {0, 1}) {
-                const std::vector<uint8_t> out =
+                const auto out =
                     Convert({.convert = ZENK_SSE2_YUYV16I_BGR32I_EX, .src = std::vector<uint8_t>(64, 128), .width = 16,
                              .alpha = row.alpha_value, .dst_offset = offset, .streaming = streaming});
                 const bool word = offset == 0 && streaming == 0;  // the aligned cached kernel
@@ -156,9 +151,9 @@ TEST_F(KnownAnswers, ConstantAlphaWordAndDwordForms) {
 // its low byte, unlike the saturation of the decoders.
 TEST_F(KnownAnswers, RepackingTruncatesConstantAlpha) {
     for (auto [alpha, expected] : {std::pair{0x1FFu, 0xFF}, {0x100u, 0x00}, {300u, 44}}) {
-        const std::vector<uint8_t> bgra =
+        const auto bgra =
             Convert({.convert = ZENK_SSE2_BGR24I_BGR32I_EX, .src = std::vector<uint8_t>(60, 7), .width = 20, .alpha = alpha});
-        const std::vector<uint8_t> plane = Convert({.convert = ZENK_SSE2_A8C_A8P_EX, .width = 20, .alpha = alpha});
+        const auto plane = Convert({.convert = ZENK_SSE2_A8C_A8P_EX, .width = 20, .alpha = alpha});
         for (int x = 0; x < 20; ++x) {
             EXPECT_EQ(bgra[4 * x + 3], expected) << alpha;
             EXPECT_EQ(plane[x], expected) << alpha;
@@ -174,11 +169,9 @@ TEST_F(KnownAnswers, RepackingTruncatesConstantAlpha) {
 TEST_F(KnownAnswers, Bgr24SinglePairReadsTheNextPair) {
     const std::vector<uint8_t> line = {10, 20, 30, 40, 50, 60, 70, 80, 200, 90, 100, 250};  // B, G, R
     for (int32_t matrix : {0, 1}) {
-        const std::vector<uint8_t> single = Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, line, 2, 0, matrix, 0, 0, 0, 4});
-        const std::vector<uint8_t> even =
-            Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, Repeat({10, 20, 200}, 16), 16, 0, matrix});
-        const std::vector<uint8_t> odd =
-            Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, Repeat({40, 100, 250}, 16), 16, 0, matrix});
+        const auto single = Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, line, 2, 0, matrix, 0, 0, 0, 4});
+        const auto even = Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, Repeat({10, 20, 200}, 16), 16, 0, matrix});
+        const auto odd = Convert({ZENK_SSE2_BGR24I_UYVY16I_EX, Repeat({40, 100, 250}, 16), 16, 0, matrix});
         EXPECT_EQ(single[0], even[0]) << matrix;  // Cb of the even pixel
         EXPECT_EQ(single[1], even[1]) << matrix;
         EXPECT_EQ(single[2], odd[2]) << matrix;  // Cr of the odd pixel
@@ -192,7 +185,7 @@ TEST_F(KnownAnswers, Bgr24SinglePairReadsTheNextPair) {
 TEST_F(KnownAnswers, PlanarLumaClampLimitsPixelsTwoAndThreeOfEveryFour) {
     for (uint32_t offset : {0u, 6u})
         for (uint8_t level : {0, 255}) {
-            const std::vector<uint8_t> out =
+            const auto out =
                 Convert({ZENK_SSE2_BGR32I_Y8PUV8I_EX, std::vector<uint8_t>(4 * 34, level), 34, 0, 0, 1, 1, 0, offset});
             for (int x = 0; x < 34; ++x) {
                 const int expected = x % 4 >= 2 ? (level ? 235 : 16) : level;
@@ -220,11 +213,10 @@ TEST(MatrixChange, WorkedPairs) {
         {"saturated negative Cb wraps to the top", 0, {0, 100, 0, 100}, {255, 141, 255, 141}},
         {"neutral chroma, clamp", 1, {128, 5, 128, 250}, {128, 16, 128, 235}},
         {"luma stops at 0", 0, {255, 3, 255, 3}, {255, 0, 255, 0}},
-    };
+};
     for (const Row& row : rows)
         for (int32_t width : {2, 16}) {
-            const std::vector<uint8_t> out =
-                Convert({ZENK_SSE2_UYVY16I_UYVY16I_EX, Repeat(row.in, 8), width, 1, 0, 0, row.clamp});
+            const auto out = Convert({ZENK_SSE2_UYVY16I_UYVY16I_EX, Repeat(row.in, 8), width, 1, 0, 0, row.clamp});
             EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 2 * width), Repeat(row.out, width / 2))
                 << row.what << ", width " << width;
             EXPECT_EQ(out[2 * width], 0xEE) << row.what;
@@ -242,8 +234,7 @@ TEST(MatrixChange, SecondHalfOfAGroupTakesTheFirstHalfsSign) {
     };
     const Row rows[] = {{{128, 100, 128, 100}, 101}, {{129, 100, 128, 100}, 100}, {plus_200, 101}};
     for (const Row& row : rows) {
-        std::vector<uint8_t> src = row.first_pair;
-        for (int pair = 1; pair < 8; ++pair) src.insert(src.end(), {128, 100, 128, 100});
+        std::vector<uint8_t> src = Repeat(row.first_pair, 1, Repeat({128, 100, 128, 100}, 7));
         std::memcpy(&src[16], plus_200.data(), 4);
         EXPECT_EQ(Convert({ZENK_SSE2_UYVY16I_UYVY16I_EX, src, 16, 1, 0})[17], row.luma_8);
     }
@@ -254,14 +245,10 @@ TEST(MatrixChange, SecondHalfOfAGroupTakesTheFirstHalfsSign) {
 // chroma still changes, and the bytes stay in UYVY16I order. Into Y8PUV8I
 // that means packed bytes at the luma plane, the chroma plane untouched.
 TEST(MatrixChange, SharedKernelCrossesLumaAndWritesPackedBytes) {
-    std::vector<uint8_t> src = Repeat({255, 100, 128, 5}, 4);
-    const std::vector<uint8_t> neutral = Repeat({128, 120, 128, 250}, 4);
-    src.insert(src.end(), neutral.begin(), neutral.end());
-    std::vector<uint8_t> want = Repeat({255, 100, 138, 16}, 4);
-    const std::vector<uint8_t> second = Repeat({128, 120, 128, 235}, 4);
-    want.insert(want.end(), second.begin(), second.end());
+    const auto src = Repeat({255, 100, 128, 5}, 4, Repeat({128, 120, 128, 250}, 4));
+    const auto want = Repeat({255, 100, 138, 16}, 4, Repeat({128, 120, 128, 235}, 4));
     for (auto convert : {ZENK_SSE2_UYVY16I_UVYY16I_EX, ZENK_SSE2_UVYY16I_UYVY16I_EX, ZENK_SSE2_UYVY16I_Y8PUV8I_EX}) {
-        const std::vector<uint8_t> out = Convert({convert, src, 16, 1, 0, 0, 1});
+        const auto out = Convert({convert, src, 16, 1, 0, 0, 1});
         EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 32), want);
         EXPECT_EQ(out[256], 0xEE);  // a Y8PUV8I chroma line
     }
@@ -275,14 +262,12 @@ TEST(SameStandard, UvyyReorderOnlyWhenAligned) {
         uint32_t offset;
         std::vector<uint8_t> pair;
     };
-    const Row rows[] = {{ZENK_SSE2_UYVY16I_UVYY16I_EX, 0, {1, 3, 2, 4}},
-                        {ZENK_SSE2_UVYY16I_UYVY16I_EX, 0, {1, 3, 2, 4}},
-                        {ZENK_SSE2_UYVY16I_UVYY16I_EX, 4, {1, 2, 3, 4}},
-                        {ZENK_SSE2_UVYY16I_UYVY16I_EX, 8, {1, 2, 3, 4}}};
+    const Row rows[] = {
+        {ZENK_SSE2_UYVY16I_UVYY16I_EX, 0, {1, 3, 2, 4}}, {ZENK_SSE2_UVYY16I_UYVY16I_EX, 0, {1, 3, 2, 4}},
+        {ZENK_SSE2_UYVY16I_UVYY16I_EX, 4, {1, 2, 3, 4}}, {ZENK_SSE2_UVYY16I_UYVY16I_EX, 8, {1, 2, 3, 4}}};
     for (const Row& row : rows) {
-        const std::vector<uint8_t> out =
-            Convert({.convert = row.convert, .src = Repeat({1, 2, 3, 4}, 8), .width = 16, .src_matrix = 2,
-                     .dst_matrix = 2, .dst_offset = row.offset});
+        const auto out = Convert({.convert = row.convert, .src = Repeat({1, 2, 3, 4}, 8), .width = 16,
+                                  .src_matrix = 2, .dst_matrix = 2, .dst_offset = row.offset});
         EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 32), Repeat(row.pair, 8)) << row.offset;
     }
 }

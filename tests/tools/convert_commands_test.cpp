@@ -35,18 +35,12 @@ std::string TempName(pid_t pid) {
 }
 
 const std::vector<GoodCase> kGoodCases = {
-    // ffmpeg's and GStreamer's format names, the matrix's, and the extensions' formats.
+    // ffmpeg's and GStreamer's format names (each parsed as Client.EveryNameOfEachFamily
+    // shows) on either side, the matrix's, and the extensions' formats.
     {"--from UYVY -s 16x2 --to BGRx @card.uyvy @out", {"--from UYVY16I --size 16x2 --to BGR32I @card.uyvy @ref"},
-     "@out=@ref"},
-    {"--from BGRA -s 16x2 --to GRAY8 @card.bgra @out", {"--from BGR32I --size 16x2 --to A8P @card.bgra @ref"},
      "@out=@ref"},
     {"--from bgrx -s 16x2 --to nv16 @card.bgra @out", {"--from BGR32I --size 16x2 --to Y8PUV8I @card.bgra @ref"},
      "@out=@ref"},
-    {"--from YUY2 -s 16x2 --to BGR @card.uyvy @out", {"--from YUYV16I --size 16x2 --to BGR24I @card.uyvy @ref"},
-     "@out=@ref"},
-    {"--from uyvy422 -s 16x2 --to bgra @card.uyvy @out", {"--from UYVY16I --size 16x2 --to BGR32I @card.uyvy @ref"},
-     "@out=@ref"},
-    {"--from bgra -s 16x2 --to gray @card.bgra @out", {"--from BGR32I --size 16x2 --to A8P @card.bgra @ref"}, "@out=@ref"},
     {"--matrix BT601 --from yuyv422 -s 16x2 --to bgr24 @card.uyvy @out",
      {"--matrix 601 --from YUYV16I --size 16x2 --to BGR24I @card.uyvy @ref"}, "@out=@ref"},
     {"-s 16x2 @card.uyvy @out.nv16", {"--from UYVY16I --size 16x2 --to Y8PUV8I @card.uyvy @ref"}, "@out.nv16=@ref"},
@@ -85,8 +79,8 @@ const std::vector<GoodCase> kGoodCases = {
     {"--stats --test-card bars75 -s 16x576 --to uyvy422 @sd.uyvy",
      {"--matrix 601 --test-card bars75 -s 16x576 --to UYVY16I @ref"}, "@sd.uyvy=@ref",
      "1 frame of 16x576 BGR32I -> UYVY16I (BT.601, studio range) in"},
-    {"--stats --test-card bars75 -s 16x578 --to uyvy422 @hd.uyvy",
-     {"--matrix 709 --test-card bars75 -s 16x578 --to UYVY16I @ref"}, "@hd.uyvy=@ref", "(BT.709, studio range)"},
+    {"--stats --test-card bars75 -s 16x577 --to uyvy422 @hd.uyvy",
+     {"--matrix 709 --test-card bars75 -s 16x577 --to UYVY16I @ref"}, "@hd.uyvy=@ref", "(BT.709, studio range)"},
     {"--stats --proxy 2 --test-card bars75 -s 16x1152 --to UYVY @out",
      {"--matrix 601 --proxy 2 --test-card bars75 -s 16x1152 --to UYVY @ref"}, "@out=@ref", "(BT.601, studio range)"},
     {"--stats --from UYVY -s 16x2 --to BGRA --full-range @card.uyvy @out",
@@ -191,16 +185,12 @@ TEST(ConvertCommands, EachGoodCommandWritesWhatItsReferenceWrites) {
     RunOk(dir.Command("--test-card keyed-bars --size 16x2 --to BGR32I @card.bgra"));
     RunOk(dir.Command("--test-card keyed-bars --size 16x2 @card.png"));
     RunOk(dir.Command("--test-card ramp --size 16x2 --to BGR32I @frame-3.bgra"));
-    const Bytes one = ReadBytes(dir / "card.bgra"), three = ReadBytes(dir / "frame-3.bgra");
-    const Bytes two(one.rbegin(), one.rend());
+    const Bytes one = ReadBytes(dir / "card.bgra"), two(one.rbegin(), one.rend());
+    const Bytes three = ReadBytes(dir / "frame-3.bgra");
     WriteBytes(dir / "frame-2.bgra", two);
-    Bytes frames = two;
-    frames.insert(frames.end(), three.begin(), three.end());
-    WriteBytes(dir / "frames-2-3.bgra", frames);
-    frames.insert(frames.begin(), one.begin(), one.end());
-    WriteBytes(dir / "three.bgra", frames);
-    frames.insert(frames.end(), one.begin(), one.begin() + 13);
-    WriteBytes(dir / "three-and-a-bit.bgra", frames);
+    WriteBytes(dir / "frames-2-3.bgra", two + three);
+    WriteBytes(dir / "three.bgra", one + two + three);
+    WriteBytes(dir / "three-and-a-bit.bgra", one + two + three + Bytes(one.begin(), one.begin() + 13));
     for (const GoodCase& c : kGoodCases) {
         SCOPED_TRACE(c.command);
         const ToolResult r = RunOk(dir.Command(c.command), c.terminal, *c.input ? dir / c.input : "");
@@ -250,16 +240,13 @@ TEST(ConvertCommands, OutputFilesKeepTheirLinksAndModes) {
 TEST(ConvertCommands, PipesAreReadAndWrittenAsStreams) {
     Scratch dir;
     RunOk(dir.Command("--test-card keyed-bars --size 16x2 --to BGR32I @one.bgra"));
-    Bytes frames = ReadBytes(dir / "one.bgra");
-    frames.insert(frames.end(), frames.begin(), frames.end());
     RunOk(dir.Command("--from BGR32I -s 16x2 --to UYVY16I @one.bgra @ref.uyvy"));
-    Bytes expected = ReadBytes(dir / "ref.uyvy");
-    expected.insert(expected.end(), expected.begin(), expected.end());
+    const Bytes one = ReadBytes(dir / "one.bgra"), expected = ReadBytes(dir / "ref.uyvy") + ReadBytes(dir / "ref.uyvy");
     ASSERT_EQ(mkfifo((dir / "in.fifo").c_str(), 0600), 0);
     ASSERT_EQ(mkfifo((dir / "out.fifo").c_str(), 0600), 0);
     // The other ends, each on a thread of its own: opening a pipe waits for
     // its other end.
-    std::thread writer([&] { WriteBytes(dir / "in.fifo", frames); });
+    std::thread writer([&] { WriteBytes(dir / "in.fifo", one + one); });
     Bytes got;
     std::thread reader([&] { got = ReadBytes(dir / "out.fifo"); });
     const ToolResult r = RunOk(dir.Command("--stats --from BGRA -s 16x2 --to UYVY @in.fifo @out.fifo"));

@@ -26,11 +26,9 @@ struct BadCase {
 void MakeFixtures(const Scratch& dir) {
     RunOk(dir.Command("--test-card bars100 --size 8x4 --to BGR32I @good.bgra"));
     RunOk(dir.Command("--test-card bars100 --size 8x4 @good.png"));
-    Bytes frame = ReadBytes(dir / "good.bgra");
+    const Bytes frame = ReadBytes(dir / "good.bgra"), two = frame + frame;
     ASSERT_EQ(frame.size(), 128u);
     WriteBytes(dir / "short.bgra", Bytes(frame.begin(), frame.begin() + 100));
-    Bytes two = frame;
-    two.insert(two.end(), frame.begin(), frame.end());
     WriteBytes(dir / "two.bgra", two);
     WriteBytes(dir / "broken.bgra", Bytes(two.begin(), two.end() - 5));
     Bytes png = ReadBytes(dir / "good.png");

@@ -80,8 +80,7 @@ Bytes ConvertDirectly(Format src, Format dst, const Settings& s, const Bytes& in
             .alpha_value = s.alpha_value, .full_range = s.full_range, .use_streaming_stores = s.streaming,
             .clamp_luma = s.clamp_luma, .scan_mode = s.scan_mode, .vertical_mode = s.vertical_mode};
         TheLibrary().Find(src, dst)(&r);
-        result.insert(result.end(), out.colour.begin(), out.colour.end());
-        result.insert(result.end(), out.alpha.begin(), out.alpha.end());
+        result = result + Bytes(out.colour.begin(), out.colour.end()) + Bytes(out.alpha.begin(), out.alpha.end());
     }
     return result;
 }

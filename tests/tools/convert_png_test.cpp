@@ -120,10 +120,7 @@ Bytes WriteCase(const PngCase& c, const std::string& path) {
     png_write_end(png, nullptr);
     png_destroy_write_struct(&png, &info);
     std::fclose(file);
-    for (int i = 0; i < kHeight * kWidth; ++i) {
-        const Bytes px = Expected(c, i % kWidth);
-        expected.insert(expected.end(), px.begin(), px.end());
-    }
+    for (int i = 0; i < kHeight * kWidth; ++i) expected = expected + Expected(c, i % kWidth);
     return expected;
 }
 

@@ -16,6 +16,10 @@ namespace zenk::tool::test {
 using namespace zenk::client;
 
 using Bytes = std::vector<uint8_t>;
+inline Bytes operator+(Bytes a, const Bytes& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
 
 struct ToolResult {
     int code = -1;
