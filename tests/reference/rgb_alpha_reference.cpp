@@ -1,20 +1,15 @@
 #include "rgb_alpha_reference.h"
 
 #include <algorithm>
+#include <array>
 
 #include "support/test_picture.h"
 
 namespace zenk::test {
 
-int SourceBytesPerPixel(RgbSource s) {
-    static const int kBytes[] = {4, 3, 3, 1, 0};  // in RgbSource order
-    return kBytes[static_cast<int>(s)];
-}
-
-int DestinationBytesPerPixel(RgbDestination d) {
-    static const int kBytes[] = {4, 3, 3, 1};  // in RgbDestination order
-    return kBytes[static_cast<int>(d)];
-}
+// In the order of the enumerations.
+int SourceBytesPerPixel(RgbSource s) { return std::array{4, 3, 3, 1, 0}[static_cast<size_t>(s)]; }
+int DestinationBytesPerPixel(RgbDestination d) { return std::array{4, 3, 3, 1}[static_cast<size_t>(d)]; }
 
 void ReferenceRgbConvert(const ZenkConversionRequest& r, RgbConversion c, int aligned_block) {
     const uint8_t* src = r.src_plane;

@@ -115,9 +115,8 @@ public:
 
 private:
     void Write(const LineJob& job, int index, int y_first, int y_second, uint8_t cb, uint8_t cr) const {
-        const int low = r_.clamp_luma ? 16 : 0, high = r_.clamp_luma ? 235 : 255;
-        const uint8_t y0 = static_cast<uint8_t>(std::clamp(y_first, low, high));
-        const uint8_t y1 = static_cast<uint8_t>(std::clamp(y_second, low, high));
+        const auto y0 = static_cast<uint8_t>(ClampLuma(y_first, r_.clamp_luma)),
+                   y1 = static_cast<uint8_t>(ClampLuma(y_second, r_.clamp_luma));
         uint8_t* out = job.dst + 4 * index;
         switch (k_.layout) {
             case EncodeLayout::kUyvy: out[0] = cb; out[1] = y0; out[2] = cr; out[3] = y1; break;

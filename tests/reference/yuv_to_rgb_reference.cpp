@@ -13,7 +13,7 @@ namespace {
 struct DecodingNumbers {
     int32_t offset, gain;
     const int32_t* set;
-    int32_t clamp_low, clamp_high;
+    bool clamp;
 
     DecodingNumbers(const ZenkConversionRequest& r, int32_t host_answer) {
         static const int32_t kSets[4][4] = {
@@ -26,28 +26,22 @@ struct DecodingNumbers {
         set = kSets[(r.dst_matrix == 1 ? 0 : 1) + (full_swing ? 2 : 0)];
         offset = r.full_range ? 0 : 16;
         gain = r.full_range ? 16384 : 19073;
-        clamp_low = r.clamp_luma ? 16 : 0;
-        clamp_high = r.clamp_luma ? 235 : 255;
+        clamp = r.clamp_luma != 0;
     }
 };
-
-int SaturateByte(int64_t v) {
-    const int64_t word = std::clamp<int64_t>(v, -32768, 32767);
-    return static_cast<int>(std::clamp<int64_t>(word, 0, 255));
-}
 
 // Floor division by 2^14 of a possibly negative sum.
 int64_t Shift14(int64_t v) { return v >= 0 ? v / 16384 : -((-v + 16383) / 16384); }
 
 // B, G, R of one pixel; `odd` is the pixel's position in its pair.
 void ReferenceDecodePixel(const DecodingNumbers& n, int y, int cb, int cr, bool odd, uint8_t bgr[3]) {
-    int32_t yd = std::clamp(y, n.clamp_low, n.clamp_high) - n.offset;
+    int32_t yd = ClampLuma(y, n.clamp) - n.offset;
     if (!odd) yd &= 0xFF;  // even pixels keep the low byte of their Yd only
     const int64_t luma = int64_t{yd} * n.gain + 8192;
     const int64_t c_b = 2 * (cb - 128), c_r = 2 * (cr - 128);
-    bgr[0] = static_cast<uint8_t>(SaturateByte(Shift14(c_b * n.set[0] + luma)));
-    bgr[1] = static_cast<uint8_t>(SaturateByte(Shift14(c_b * n.set[2] + c_r * n.set[3] + luma)));
-    bgr[2] = static_cast<uint8_t>(SaturateByte(Shift14(c_r * n.set[1] + luma)));
+    bgr[0] = SaturateByte(Shift14(c_b * n.set[0] + luma));
+    bgr[1] = SaturateByte(Shift14(c_b * n.set[2] + c_r * n.set[3] + luma));
+    bgr[2] = SaturateByte(Shift14(c_r * n.set[1] + luma));
 }
 
 struct LineSources {

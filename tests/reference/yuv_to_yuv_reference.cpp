@@ -62,8 +62,6 @@ struct YuvPairValues {
     uint8_t y0, y1, cb, cr;
 };
 
-uint8_t SaturateByte(int v) { return static_cast<uint8_t>(std::clamp(v, 0, 255)); }
-
 // A pair's values before rounding: clamped luma, and the three sums with 8
 // fractional bits saturated to 16 bits.
 struct Unrounded {
@@ -73,13 +71,11 @@ struct Unrounded {
 
 struct Arithmetic {
     MatrixChangeModel set;
-    int low, high;
+    bool clamp;
 
-    Arithmetic(int32_t src_matrix, int32_t dst_matrix, bool clamp)
+    Arithmetic(int32_t src_matrix, int32_t dst_matrix, bool clamp_luma)
         : set(src_matrix == 1 && dst_matrix == 0 ? Derive(kBt601, kBt709) : Derive(kBt709, kBt601)),
-          low(clamp ? 16 : 0), high(clamp ? 235 : 255) {}
-
-    int ClampLuma(int y) const { return std::clamp(y, low, high); }
+          clamp(clamp_luma) {}
 
     static int16_t Sum(int a, int cb, int b, int cr) {
         const int32_t s = (a * cb + b * cr) >> 6;
@@ -88,13 +84,13 @@ struct Arithmetic {
 
     Unrounded Products(const YuvPairValues& p) const {
         const int cb = p.cb - 128, cr = p.cr - 128;
-        return {ClampLuma(p.y0), ClampLuma(p.y1), Sum(set.luma_cb, cb, set.luma_cr, cr),
+        return {ClampLuma(p.y0, clamp), ClampLuma(p.y1, clamp), Sum(set.luma_cb, cb, set.luma_cr, cr),
                 Sum(set.cb_cb, cb, set.cb_cr, cr), Sum(set.cr_cb, cb, set.cr_cr, cr)};
     }
 
     YuvPairValues Finish(const Unrounded& u, int dy0, int dy1, int cb, int cr) const {
-        return {SaturateByte(ClampLuma(u.y0 + dy0)), SaturateByte(ClampLuma(u.y1 + dy1)), SaturateByte(cb + 128),
-                SaturateByte(cr + 128)};
+        return {SaturateByte(ClampLuma(u.y0 + dy0, clamp)), SaturateByte(ClampLuma(u.y1 + dy1, clamp)),
+                SaturateByte(cb + 128), SaturateByte(cr + 128)};
     }
 
     static int Own(int16_t v) { return ReferenceRound(v, v >= 0); }
@@ -169,9 +165,7 @@ void ReferenceYuvKernel(const ZenkConversionRequest& r, const YuvKernelModel& k,
         for (int32_t i = 0; i < pairs; ++i) {
             const uint8_t* in = src + 4 * i;
             switch (k.operation) {
-                case YuvOperation::kCopy:
-                    for (int b = 0; b < 4; ++b) dst[4 * i + b] = in[b];
-                    break;
+                case YuvOperation::kCopy:  // read and written as UYVY16I
                 case YuvOperation::kReorder: Write(k.written_as, dst + 4 * i, Read(k.read_as, in)); break;
                 case YuvOperation::kSplit: {
                     const YuvPairValues p = Read(YuvLayout::kUyvy, in);

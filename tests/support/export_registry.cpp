@@ -8,21 +8,16 @@ std::vector<ExportUnderTest>& RegisteredExports() {
 }
 
 ExportUnderTest Named(const char* pair, ZenkConvertFunction convert) {
-    ExportUnderTest e;
-    e.name = std::string("ZENK_SSE2_") + pair + "_EX";
-    e.convert = convert;
-    return e;
+    return {.name = std::string("ZENK_SSE2_") + pair + "_EX", .convert = convert};
 }
 
 void AddVariants(ExportUnderTest& e, const std::string& prefix, const LevelKernels& quads, RequestStyle aligned,
                  std::function<void(const Request&, int variant)> reference) {
+    aligned.aligned = true;
     for (int variant = 0; variant < 4; ++variant) {
-        KernelUnderTest k;
-        k.name = prefix + "v" + std::to_string(variant);
+        KernelUnderTest k{prefix + "v" + std::to_string(variant), {}, variant < 2 ? aligned : RequestStyle{},
+                          [reference, variant](const Request& r) { reference(r, variant); }};
         for (size_t level = 0; level < kLevelCount; ++level) k.at_level[level] = quads[level][variant];
-        k.style = variant < 2 ? aligned : RequestStyle{};
-        k.style.aligned = variant < 2;
-        k.reference = [reference, variant](const Request& r) { reference(r, variant); };
         e.kernels.push_back(std::move(k));
     }
 }

@@ -44,52 +44,31 @@ AlignedBytes::AlignedBytes(size_t n)
 
 // The bytes get whole pages of their own, between two pages that neither
 // reads nor writes: VirtualProtect on Windows does what mprotect does.
-#if defined(_WIN32)
 namespace {
+#if defined(_WIN32)
 size_t PageSize() {
     SYSTEM_INFO info;
     GetSystemInfo(&info);
     return info.dwPageSize;
 }
 uint8_t* MapPages(size_t bytes) {
-    void* m = VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
-    if (m == nullptr) std::abort();
-    return static_cast<uint8_t*>(m);
+    return static_cast<uint8_t*>(VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
 }
-void Forbid(uint8_t* page, size_t bytes) {
+bool Forbid(uint8_t* page, size_t bytes) {
     DWORD before;
-    if (!VirtualProtect(page, bytes, PAGE_NOACCESS, &before)) std::abort();
+    return VirtualProtect(page, bytes, PAGE_NOACCESS, &before);
 }
 void UnmapPages(uint8_t* base, size_t) { VirtualFree(base, 0, MEM_RELEASE); }
-}  // namespace
 #else
-namespace {
 size_t PageSize() { return static_cast<size_t>(sysconf(_SC_PAGESIZE)); }
 uint8_t* MapPages(size_t bytes) {
     void* m = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (m == MAP_FAILED) std::abort();
-    return static_cast<uint8_t*>(m);
+    return m == MAP_FAILED ? nullptr : static_cast<uint8_t*>(m);
 }
-void Forbid(uint8_t* page, size_t bytes) {
-    if (mprotect(page, bytes, PROT_NONE) != 0) std::abort();
-}
+bool Forbid(uint8_t* page, size_t bytes) { return mprotect(page, bytes, PROT_NONE) == 0; }
 void UnmapPages(uint8_t* base, size_t bytes) { munmap(base, bytes); }
-}  // namespace
 #endif
 
-AlignedBytes AlignedBytes::BetweenGuardPages(size_t n) {
-    const size_t page = PageSize();
-    const size_t inner = (n + page - 1) / page * page;
-    uint8_t* base = MapPages(inner + 2 * page);
-    Forbid(base, page);
-    Forbid(base + page + inner, page);
-    AlignedBytes b;
-    b.bytes_.reset(base + page, [=](uint8_t* p) { UnmapPages(p - page, inner + 2 * page); });
-    b.size_ = inner;
-    return b;
-}
-
-namespace {
 constexpr int64_t kGuard = 96;
 
 // The bytes a plane's lines span, as (low, high) relative to its first
@@ -102,6 +81,17 @@ std::pair<int64_t, int64_t> LineSpan(const PlaneShape& s) {
     return {lines == 0 ? 0 : -(lines - 1) * pitch, (extra ? lines * pitch : 0) + s.line_bytes};
 }
 }  // namespace
+
+AlignedBytes AlignedBytes::BetweenGuardPages(size_t n) {
+    const size_t page = PageSize();
+    const size_t inner = (n + page - 1) / page * page;
+    uint8_t* base = MapPages(inner + 2 * page);
+    if (base == nullptr || !Forbid(base, page) || !Forbid(base + page + inner, page)) std::abort();
+    AlignedBytes b;
+    b.bytes_.reset(base + page, [=](uint8_t* p) { UnmapPages(p - page, inner + 2 * page); });
+    b.size_ = inner;
+    return b;
+}
 
 GuardedPlane::GuardedPlane(Rng& rng, const PlaneShape& plane_shape) : shape(plane_shape) {
     if (shape.guard_page != GuardPage::kNone) {

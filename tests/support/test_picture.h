@@ -140,6 +140,13 @@ inline bool PassesAlignment(const void* plane, int32_t stride, int32_t width, ui
            static_cast<uint32_t>(width) % width_unit == 0;
 }
 
+// Luma limited to 16..235 with the clamp on, else to 0..255; a value
+// saturated to a byte.
+inline int ClampLuma(int64_t y, bool clamp) {
+    return static_cast<int>(std::clamp<int64_t>(y, clamp ? 16 : 0, clamp ? 235 : 255));
+}
+inline uint8_t SaturateByte(int64_t v) { return static_cast<uint8_t>(std::clamp<int64_t>(v, 0, 255)); }
+
 // Running pointers of a scalar reference, moved by signed byte counts.
 template <class T>
 inline T* Step(T* p, int64_t bytes) {

@@ -1,11 +1,8 @@
 // What zenk-convert and zenkconvert share (client/): the names a format goes
 // by, what each pair does with a change of matrix, and the bands a frame is
 // cut into. Each table is what both hosts rely on; the end-to-end tests hold
-// the tool's bytes to the library's (and show the default matrix, at 576
-// and 577 lines).
-#include <numeric>
-
-#include "colour.h"
+// the tool's bytes to the library's, and show the default matrix (at 576
+// and 577 lines) and which sources give alpha.
 #include "request.h"
 #include "tool_runner.h"
 
@@ -65,16 +62,6 @@ TEST(Client, WhatAChangeOfMatrixDoesPerPair) {
         ASSERT_NE(pair, nullptr) << Token(row.src) << " -> " << Token(row.dst);
         EXPECT_EQ(MatrixChangeOf(*pair), row.change) << Token(row.src) << " -> " << Token(row.dst);
     }
-}
-
-// A BGRx source gives no alpha: not to BGRA's, an alpha plane or A8P.
-TEST(Client, ABgrxSourceGivesNoAlpha) {
-    const NamedFormat bgrx{F::BGR32I, true}, bgra{F::BGR32I};
-    for (F dst : {F::BGR32I, F::A8P, F::BGR24IA8P, F::UYVY16IA8P}) {
-        EXPECT_FALSE(Converts(bgrx, dst)) << Token(dst);
-        EXPECT_TRUE(Converts(bgra, dst)) << Token(dst);
-    }
-    for (F dst : {F::BGR24I, F::UYVY16I, F::YUYV16I, F::Y8PUV8I}) EXPECT_TRUE(Converts(bgrx, dst)) << Token(dst);
 }
 
 // Bands cover the picture in order, and each starts on a line where every

@@ -52,6 +52,7 @@ const BadCase kBadCases[] = {
      "gray; GStreamer: UYVY, YUY2, NV16, VUYA, BGRA, BGRx, BGR, GRAY8)"},
     {kUsage, "--from BGRx --size 8x4 --to GRAY8 @good.bgra @out", "BGRx has no alpha for BGR32I -> A8P"},
     {kUsage, "--from BGRx --size 8x4 --to BGRA @good.bgra @out", "BGRx has no alpha for BGR32I -> BGR32I"},
+    {kUsage, "--from bgrx --size 8x4 --to UYVY16IA8P @good.bgra @out", "BGRx has no alpha for BGR32I -> UYVY16IA8P"},
     {kUsage, "--from YUY2 --size 8x4 --to GRAY8 @good.bgra @out", "unsupported pair YUYV16I -> A8P"},
     {kUsage, "--from NV12 --size 8x4 --to BGR24I @good.bgra @out", "unknown format 'NV12'"},
     {kUsage, "--from BGR24IA8P --size 8x4 --to UVYY16I @good.bgra @out",

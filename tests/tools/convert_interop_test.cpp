@@ -2,7 +2,7 @@
 // directly by a host, makes of the same input, in the raw layouts a host
 // uses; slicing a frame across threads changes no byte; the test cards are
 // the documented ones.
-#include <numeric>
+#include <sstream>
 
 #include "support/test_picture.h"
 #include "tool_runner.h"
@@ -32,21 +32,19 @@ struct Settings {
     bool full_range = false, streaming = false, clamp_luma = true;
     uint32_t alpha_value = 77 | (77u << 16);  // --alpha 77; any other value is given as --alpha-word
     int threads = 1;
-    std::vector<std::string> Flags() const {
-        auto name = [](int32_t m) { return m == 1 ? std::string("601") : std::string("709"); };
-        std::vector<std::string> f = {"--size", std::to_string(width) + "x" + std::to_string(height), "--threads",
-                                      std::to_string(threads)};
-        if (alpha_value == (77 | (77u << 16))) f.insert(f.end(), {"--alpha", "77"});
-        else f.insert(f.end(), {"--alpha-word", std::to_string(alpha_value)});
+    std::string Flags() const {
+        auto name = [](int32_t m) { return m == 1 ? " 601" : " 709"; };
+        std::ostringstream f;
+        f << "--size " << width << "x" << height << " --threads " << threads;
+        if (alpha_value == (77 | (77u << 16))) f << " --alpha 77";
+        else f << " --alpha-word " << alpha_value;
         // Named always: the default depends on the height.
-        if (src_matrix != dst_matrix) f.insert(f.end(), {"--src-matrix", name(src_matrix), "--dst-matrix", name(dst_matrix)});
-        else f.insert(f.end(), {"--matrix", name(src_matrix)});
-        for (auto [on, flag] : {std::pair{full_range, "--full-range"}, {streaming, "--streaming"},
-                                {clamp_luma, "--clamp-luma"}, {field_pair, "--field-pair"}})
-            if (on) f.push_back(flag);
-        if (vertical_mode) f.insert(f.end(), {"--vertical-mode", std::to_string(vertical_mode)});
-        if (scan_mode) f.insert(f.end(), {"--scan-mode", std::to_string(scan_mode)});
-        return f;
+        if (src_matrix != dst_matrix) f << " --src-matrix" << name(src_matrix) << " --dst-matrix" << name(dst_matrix);
+        else f << " --matrix" << name(src_matrix);
+        f << (full_range ? " --full-range" : "") << (streaming ? " --streaming" : "")
+          << (clamp_luma ? " --clamp-luma" : "") << (field_pair ? " --field-pair" : "");
+        if (vertical_mode) f << " --vertical-mode " << vertical_mode << " --scan-mode " << scan_mode;
+        return f.str();
     }
 };
 
@@ -128,12 +126,9 @@ TEST(ConvertInterop, EveryResolvedPairWritesWhatTheLibraryMakesOfTheInput) {
             // matrix is the YUV to YUV pairs'.
             if (!UsesOf(p).matrices) s.src_matrix = s.dst_matrix;
             const std::string source = MakeSource(dir, p.src, s.width, s.height);
-            std::vector<std::string> args = s.Flags();
-            args.insert(args.end(), {"--from", Token(p.src), "--to", Token(p.dst)});
-            if (!source.empty()) args.push_back(source);
-            args.push_back(dir / "out");
-            SCOPED_TRACE(std::accumulate(args.begin(), args.end(), std::string(), [](auto a, auto b) { return a + " " + b; }));
-            const ToolResult r = RunOk(args);
+            const auto line = s.Flags() + " --from " + Token(p.src) + " --to " + Token(p.dst) + " " + source + " @out";
+            SCOPED_TRACE(line);
+            const ToolResult r = RunOk(dir.Command(line));
             const bool whole = s.threads > 1 && (s.vertical_mode != 0 || Info(p.src).layout == Layout::Planar422);
             EXPECT_EQ(r.err.find("runs on one thread") != std::string::npos, whole) << r.err;
             const Bytes expected = ConvertDirectly(p.src, p.dst, s, source.empty() ? Bytes{} : ReadBytes(source));
