@@ -32,12 +32,8 @@ std::filesystem::path LibraryPath() {
 std::filesystem::path LibraryPath() { return ZENK_LIBRARY_PATH; }
 #endif
 
-struct Export {
-    std::string name;
-    ZenkConvertFunction convert;
-};
-
 // Every extended export of the library, by the names of its .def file.
+using Export = std::pair<std::string, ZenkConvertFunction>;
 std::vector<Export> LoadExports(void* library) {
     std::vector<Export> exports;
     for (const std::string& name : DefNames("^\\s+(ZENK_SSE2_[A-Z0-9_]+_EX)\\s*$"))
@@ -120,16 +116,16 @@ TEST(Concurrency, EveryExportFromSeveralThreadsMatchesItsSingleThreadedResult) {
             for (size_t i = 0; i < exports.size(); ++i) {
                 const size_t k = (i + static_cast<size_t>(t) * 5) % exports.size();
                 const ZenkConversionRequest r = Request(p, static_cast<uint32_t>(t));
-                exports[k].convert(&r);
+                exports[k].second(&r);
                 const std::vector<uint8_t> got(p.plane[2], p.plane[2] + 2 * kPlaneBytes);
                 // The same conversion again at the next level, alone on this
                 // thread's pictures, after the others may have changed
                 // nothing it depends on.
                 const ZenkConversionRequest again = Request(p, static_cast<uint32_t>(t));
-                next_level[k].convert(&again);
+                next_level[k].second(&again);
                 if (!std::equal(got.begin(), got.end(), p.plane[2])) {
                     ++mismatches;
-                    ADD_FAILURE() << exports[k].name << " on thread " << t << " differs between runs and levels";
+                    ADD_FAILURE() << exports[k].first << " on thread " << t << " differs between runs and levels";
                 }
             }
         });

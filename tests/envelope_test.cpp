@@ -3,9 +3,25 @@
 // over every registered export, and again with every plane placed against
 // an inaccessible page, so that any read or write past the extent a kernel
 // is documented to touch faults.
+//
+// The guard pages those runs rely on: a byte just past the bytes, or just
+// before them, must fault, and be reported as an access fault at that very
+// address, or a kernel that strays there would pass unseen. On Windows this
+// is also what the emulated 32-bit route must get right: Wine turns the
+// processor's page fault into an access violation only when the signal
+// carries the fault's trap number.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "support/export_registry.h"
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <csignal>
+#include <unistd.h>
+#endif
 
 namespace zenk::test {
 namespace {
@@ -60,6 +76,69 @@ TEST(Envelope, OddRequestsConvertExactlyAndStayInTheirPlanes) { RunEnvelope(Guar
 TEST(Envelope, NothingReadOrWrittenPastTheLastLine) { RunEnvelope(GuardPage::kAfterEnd, 3); }
 
 TEST(Envelope, NothingReadOrWrittenBeforeTheFirstLine) { RunEnvelope(GuardPage::kBeforeStart, 3); }
+
+// ---- The guard pages --------------------------------------------------------------------------
+
+// Exit codes of the child that touches a guard: the fault was the expected
+// one, or another fault.
+constexpr int kFaultedThere = 42, kOtherFault = 43;
+
+volatile uint8_t* g_expected_address = nullptr;
+volatile bool g_expect_write = false;
+
+#if defined(_WIN32)
+LONG CALLBACK OnException(EXCEPTION_POINTERS* e) {
+    const EXCEPTION_RECORD& x = *e->ExceptionRecord;
+    // ExceptionInformation: 0 for a read, 1 for a write; then the address.
+    const bool there = x.ExceptionCode == EXCEPTION_ACCESS_VIOLATION && x.NumberParameters >= 2 &&
+                       x.ExceptionInformation[1] == reinterpret_cast<ULONG_PTR>(g_expected_address) &&
+                       x.ExceptionInformation[0] == (g_expect_write ? 1u : 0u);
+    TerminateProcess(GetCurrentProcess(), there ? kFaultedThere : kOtherFault);
+    return EXCEPTION_CONTINUE_SEARCH;
+}
+void CatchFaults() { AddVectoredExceptionHandler(1, OnException); }
+#else
+void OnFault(int signal, siginfo_t* info, void*) {
+    const bool there = signal == SIGSEGV && info->si_addr == static_cast<void*>(const_cast<uint8_t*>(g_expected_address));
+    _exit(there ? kFaultedThere : kOtherFault);
+}
+void CatchFaults() {
+    struct sigaction action = {};
+    action.sa_sigaction = OnFault;
+    action.sa_flags = SA_SIGINFO;
+    sigaction(SIGSEGV, &action, nullptr);
+    sigaction(SIGBUS, &action, nullptr);
+}
+#endif
+
+// Touches `p` (a read, or a write) in the death-test child; the fault
+// handler ends the child with the verdict.
+void Touch(volatile uint8_t* p, bool write) {
+    g_expected_address = p;
+    g_expect_write = write;
+    CatchFaults();
+    if (write)
+        *p = 1;
+    else
+        (void)*p;
+    std::exit(0);  // no fault at all
+}
+
+TEST(GuardPages, TouchingEitherNeighbourFaultsAtThatByte) {
+    // The child is a fork of this process: a new process image would not start
+    // under a user-mode emulator that is not registered with the kernel (the
+    // Arm suite's qemu-aarch64). Windows always starts a new one.
+    for (bool after : {true, false})  // the page after the bytes, else the one before
+        for (bool write : {false, true}) {
+            const AlignedBytes bytes = AlignedBytes::BetweenGuardPages(100);
+            // Every byte of the pages between the guards is there to use.
+            bytes[0] = 1;
+            bytes[bytes.size() - 1] = 1;
+            volatile uint8_t* target = after ? bytes.end() : bytes.begin() - 1;
+            EXPECT_EXIT(Touch(target, write), ::testing::ExitedWithCode(kFaultedThere), "")
+                << (write ? "write " : "read ") << (after ? "after the end" : "before the start");
+        }
+}
 
 }  // namespace
 }  // namespace zenk::test

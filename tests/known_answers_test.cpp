@@ -1,8 +1,8 @@
 // Known answers: what the differential test cannot see because the scalar
 // references could share the mistake. The published code values of 75%
 // colour bars, black and white in each range, the documented arithmetic
-// quirks with their worked numbers, when host option 128 is asked, and what
-// the plain entry points do.
+// quirks with their worked numbers, when host option 128 is asked and how
+// it is answered, and what the plain entry points do.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -335,6 +335,42 @@ TEST_F(PlainEntryPoints, ConvertNothingAndAskTheHostForRangeOneOnly) {
     }
     ZENK_SSE2_BGR32I_A8P(src.data(), dst.data(), 256);
     for (uint8_t b : dst) ASSERT_EQ(b, 0xC3);
+}
+
+// ---- The host option query -------------------------------------------------------------------
+
+// Module start-up and the query, against the counting settings library.
+using HostOptionTest = WithHostSettings<>;
+
+// Each query asks the object again; export 1 is asked once for it.
+TEST_F(HostOptionTest, AnswersOption128UnchangedFromTheObjectFetchedOnce) {
+    for (int32_t answer : {0, 1, 7, -1}) {
+        ZenkTestSettingsConfigure(0, answer);
+        EXPECT_EQ(QueryHostOption(), answer);
+        EXPECT_EQ(ZenkTestSettingsLastOption(), 128);
+    }
+    EXPECT_EQ(ZenkTestSettingsCalls(), 1);
+}
+
+TEST_F(HostOptionTest, AnswersOneWithoutASettingsObjectAndAsksAgainNextTime) {
+    ZenkTestSettingsConfigure(1, 0);
+    EXPECT_EQ(QueryHostOption(), 1);
+    EXPECT_EQ(QueryHostOption(), 1);
+    EXPECT_EQ(ZenkTestSettingsCalls(), 2);
+    // Once the host has an object, the next query uses it.
+    ZenkTestSettingsConfigure(0, 0);
+    EXPECT_EQ(QueryHostOption(), 0);
+    EXPECT_EQ(ZenkTestSettingsCalls(), 3);
+}
+
+TEST_F(HostOptionTest, InitialisationFailsWithoutASettingsObject) {
+    CZenkTranscoderLibraryApp app;
+    ZenkTestSettingsConfigure(1, 0);
+    EXPECT_FALSE(app.InitInstance());
+    EXPECT_EQ(app.HostSettings(), nullptr);
+    ZenkTestSettingsConfigure(0, 0);
+    EXPECT_TRUE(app.InitInstance());
+    EXPECT_NE(app.HostSettings(), nullptr);
 }
 
 }  // namespace

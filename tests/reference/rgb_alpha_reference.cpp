@@ -1,4 +1,4 @@
-#include "rgb_alpha_reference.h"
+#include "references.h"
 
 #include <algorithm>
 #include <array>

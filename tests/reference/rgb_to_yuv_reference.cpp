@@ -1,4 +1,4 @@
-#include "rgb_to_yuv_reference.h"
+#include "references.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "yuv_to_rgb_reference.h"
+#include "references.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "yuv_to_yuv_reference.h"
+#include "references.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 // The RGB repacking and alpha plane exports, their kernels and their
 // references.
-#include "reference/rgb_alpha_reference.h"
+#include "reference/references.h"
 #include "rgb_alpha/rgb_alpha_kernels.h"
 #include "support/export_registry.h"
 

@@ -2,8 +2,7 @@
 // 128 is asked as the library asks it, so the harness's answer (or missing
 // settings object) reaches kernel and reference alike.
 #include "frame/module.h"
-#include "reference/rgb_alpha_reference.h"
-#include "reference/rgb_to_yuv_reference.h"
+#include "reference/references.h"
 #include "rgb_to_yuv/rgb_to_yuv_kernels.h"
 #include "support/export_registry.h"
 

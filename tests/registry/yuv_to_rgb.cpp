@@ -1,7 +1,6 @@
 // The YUV-to-RGB exports, their kernels and their references.
 #include "frame/module.h"
-#include "reference/rgb_alpha_reference.h"
-#include "reference/yuv_to_rgb_reference.h"
+#include "reference/references.h"
 #include "support/export_registry.h"
 #include "yuv_to_rgb/yuv_to_rgb_kernels.h"
 

@@ -1,8 +1,7 @@
 // The YUV-to-YUV exports, their kernels and their references. An export
 // chooses between a same-standard kernel and a change-of-standard kernel;
 // each kernel is listed under one export that uses it.
-#include "reference/rgb_alpha_reference.h"
-#include "reference/yuv_to_yuv_reference.h"
+#include "reference/references.h"
 #include "support/export_registry.h"
 #include "yuv_to_yuv/yuv_to_yuv_kernels.h"
 
