@@ -24,12 +24,6 @@ namespace {
 constexpr int kKernelCases = 150;
 constexpr int kExportCases = 600;
 
-// What option 128 answers for the next case.
-void AnswerAtRandom(Rng& rng) {
-    ResetHostSettingsCache();
-    ZenkTestSettingsConfigure(rng.Chance(10) ? 1 : 0, rng.Pick(std::vector<int32_t>{0, 1, 0, 1, 7, -1}));
-}
-
 class Differential : public WithHostSettings<::testing::TestWithParam<size_t>> {
 protected:
     // Runs case `index` of `what` unless ZENK_TEST_CASE names another.
@@ -44,7 +38,9 @@ protected:
         Rng rng(std::hash<std::string>{}(id));
         const RequestStyle drawn =
             style ? *style : RequestStyle{.aligned = rng.Chance(40), .pair_mode = rng.Chance(30) ? kAnyPairMode : 0};
-        AnswerAtRandom(rng);
+        // What option 128 answers, now and then without a settings object.
+        ResetHostSettingsCache();
+        ZenkTestSettingsConfigure(rng.Chance(10) ? 1 : 0, rng.Pick(std::vector<int32_t>{0, 1, 0, 1, 7, -1}));
         Scene scene;
         const Request r = BuildGenericRequest(rng, scene, export_(), drawn);
         const ::testing::AssertionResult same = zenk::test::Differential(scene, r, convert, reference);

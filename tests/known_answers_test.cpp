@@ -90,15 +90,14 @@ TEST_F(KnownAnswers, SeventyFivePercentBarsInBothMatrices) {
 // Studio luma runs 16..235, full-range luma 0..255; full-range BT.601 with
 // full-swing chroma (option 128 nonzero) stops at 254.
 TEST_F(KnownAnswers, EncodedBlackAndWhiteInEachRange) {
-    struct Row {
+    const struct {
         int32_t matrix;
         uint8_t full_range;
         int32_t option;
         int black, white;
-    };
-    const Row rows[] = {{1, 0, 1, 16, 235}, {0, 0, 1, 16, 235}, {1, 1, 1, 0, 254},
+    } rows[] = {{1, 0, 1, 16, 235}, {0, 0, 1, 16, 235}, {1, 1, 1, 0, 254},
                         {1, 1, 0, 0, 255},  {0, 1, 1, 0, 255},  {1, 1, 7, 0, 254}};
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         AnswerHostOption(row.option);
         for (uint8_t level : {0, 255}) {
             const auto out = Convert(
@@ -127,13 +126,12 @@ TEST_F(KnownAnswers, EvenLumaBelowBlackWrapsToWhite) {
 // every pixel the low word saturated to a byte; the other three give even
 // pixels the low word and odd pixels the high word.
 TEST_F(KnownAnswers, ConstantAlphaWordAndDwordForms) {
-    struct Row {
+    const struct {
         uint32_t alpha_value;
         int word, even, odd;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {0x000000FF, 255, 255, 0}, {0x12345, 255, 255, 1}, {0xFFFF, 0, 0, 0}, {0x7FFF0080, 0x80, 0x80, 255}};
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         for (uint32_t offset : {0u, 8u})
             for (uint8_t streaming : {0, 1}) {
                 const auto out =
@@ -199,12 +197,11 @@ TEST_F(KnownAnswers, PlanarLumaClampLimitsPixelsTwoAndThreeOfEveryFour) {
 // One UYVY16I pair repeated, BT.601 to BT.709, through the pair path (width
 // 2) and a group (width 16).
 TEST(MatrixChange, WorkedPairs) {
-    struct Row {
+    const struct {
         const char* what;
         uint8_t clamp;
         std::vector<uint8_t> in, out;
-    };
-    const Row rows[] = {
+    } rows[] = {
         // Cb' = 16689 * 127 / 64 saturates to 32767; +128 wraps it negative,
         // -128 wraps it back: 255. dY = -1893 * 127 / 64 = -3757 rounds to
         // -16; Cr' = 1230 * 127 / 64 = 2440 to 10.
@@ -214,7 +211,7 @@ TEST(MatrixChange, WorkedPairs) {
         {"neutral chroma, clamp", 1, {128, 5, 128, 250}, {128, 16, 128, 235}},
         {"luma stops at 0", 0, {255, 3, 255, 3}, {255, 0, 255, 0}},
 };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         for (int32_t width : {2, 16}) {
             const auto out = Convert({ZENK_SSE2_UYVY16I_UYVY16I_EX, Repeat(row.in, 8), width, 1, 0, 0, row.clamp});
             EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 2 * width), Repeat(row.out, width / 2))
@@ -228,12 +225,11 @@ TEST(MatrixChange, WorkedPairs) {
 TEST(MatrixChange, SecondHalfOfAGroupTakesTheFirstHalfsSign) {
     // Cb 168, Cr 102: dY = (-1893 * 40 - 3407 * -26) >> 6 = 200.
     const std::vector<uint8_t> plus_200 = {168, 100, 102, 100};
-    struct Row {
+    const struct {
         std::vector<uint8_t> first_pair;
         uint8_t luma_8;
-    };
-    const Row rows[] = {{{128, 100, 128, 100}, 101}, {{129, 100, 128, 100}, 100}, {plus_200, 101}};
-    for (const Row& row : rows) {
+    } rows[] = {{{128, 100, 128, 100}, 101}, {{129, 100, 128, 100}, 100}, {plus_200, 101}};
+    for (const auto& row : rows) {
         std::vector<uint8_t> src = Repeat(row.first_pair, 1, Repeat({128, 100, 128, 100}, 7));
         std::memcpy(&src[16], plus_200.data(), 4);
         EXPECT_EQ(Convert({ZENK_SSE2_UYVY16I_UYVY16I_EX, src, 16, 1, 0})[17], row.luma_8);
@@ -257,15 +253,14 @@ TEST(MatrixChange, SharedKernelCrossesLumaAndWritesPackedBytes) {
 // Same standard: an aligned picture regroups the UVYY16I bytes, any other
 // is copied as it stands.
 TEST(SameStandard, UvyyReorderOnlyWhenAligned) {
-    struct Row {
+    const struct {
         ZenkConvertFunction convert;
         uint32_t offset;
         std::vector<uint8_t> pair;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {ZENK_SSE2_UYVY16I_UVYY16I_EX, 0, {1, 3, 2, 4}}, {ZENK_SSE2_UVYY16I_UYVY16I_EX, 0, {1, 3, 2, 4}},
         {ZENK_SSE2_UYVY16I_UVYY16I_EX, 4, {1, 2, 3, 4}}, {ZENK_SSE2_UVYY16I_UYVY16I_EX, 8, {1, 2, 3, 4}}};
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const auto out = Convert({.convert = row.convert, .src = Repeat({1, 2, 3, 4}, 8), .width = 16,
                                   .src_matrix = 2, .dst_matrix = 2, .dst_offset = row.offset});
         EXPECT_EQ(std::vector<uint8_t>(out.begin(), out.begin() + 32), Repeat(row.pair, 8)) << row.offset;

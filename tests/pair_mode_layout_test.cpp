@@ -15,21 +15,19 @@
 namespace zenk::test {
 namespace {
 
-struct LayoutExport {
+const struct {
     ZenkConvertFunction convert;
     // Bytes a pixel (luma bytes for Y8PUV8I, whose chroma lines follow the
     // luma lines) of the source and the destination.
     int src_pixel_bytes, dst_pixel_bytes;
     bool dst_planar;
-};
-
-const LayoutExport kExports[] = {
+} kExports[] = {
     {ZENK_SSE2_UYVY16I_BGR32I_EX, 2, 4, false}, {ZENK_SSE2_Y8PUV8I_BGR32I_EX, 1, 4, false},
     {ZENK_SSE2_BGR32I_UYVY16I_EX, 4, 2, false}, {ZENK_SSE2_BGR32I_UVYY16I_EX, 4, 2, false},
     {ZENK_SSE2_BGR32I_Y8PUV8I_EX, 4, 1, true},
 };
 
-struct LayoutRow {
+const struct {
     const char* what;
     int32_t vertical_mode;
     uint8_t field_pair;
@@ -39,9 +37,7 @@ struct LayoutRow {
     int32_t src_height;
     std::vector<int> source_lines;  // source line of each destination line; none: nothing written
     int32_t src_skip_lines = 0;     // src_skip in pitches; negative: the source walked upward from its last line
-};
-
-const LayoutRow kRows[] = {
+} kRows[] = {
     {"halve, lines one pitch apart", 1, 0, 16, 0, false, 16, {0, 2, 4, 6}},
     {"halve each field", 1, 1, 16, 0, false, 16, {0, 1, 4, 5}},
     {"quarter", 2, 0, 16, 0, false, 16, {0, 4, 8, 12}},
@@ -60,8 +56,8 @@ constexpr int32_t kDstLines = 4, kSrcLines = 16;
 constexpr int32_t kPitch = 256;  // wider than any destination line of the table
 
 TEST(PairModeLayout, LinesLandOnePitchApartFromTheHostsSkip) {
-    for (const LayoutExport& e : kExports)
-        for (const LayoutRow& row : kRows) {
+    for (const auto& e : kExports)
+        for (const auto& row : kRows) {
             SCOPED_TRACE(::testing::Message() << "export " << (&e - kExports) << ": " << row.what);
             // Source line y: (B, G, R, A), luma, or (Cb, Y, Cr, Y) by y,
             // with a Y8PUV8I source's (Cb, Cr) lines after its luma lines.

@@ -41,7 +41,6 @@ void ReferenceAlphaPass(const ZenkConversionRequest& r, RgbSource source, bool i
 // constant alpha into the destination alpha plane, or the source alpha
 // plane copied there.
 enum class AlphaPass { kNone, kConstant, kCopy };
-void ReferenceAlphaPass(const ZenkConversionRequest& r, AlphaPass pass);
 
 // ---- RGB to YUV: which pixels each kernel reads for a pair, the pair arithmetic, the output
 // layouts and clamps, and how the running pointers and line starts move ----------------------

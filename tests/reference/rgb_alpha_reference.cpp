@@ -50,9 +50,4 @@ void ReferenceAlphaPass(const ZenkConversionRequest& r, RgbSource source, bool i
     ReferenceRgbConvert(alpha, {source, RgbDestination::kAlphaPlane}, 0);
 }
 
-void ReferenceAlphaPass(const ZenkConversionRequest& r, AlphaPass pass) {
-    if (pass != AlphaPass::kNone)
-        ReferenceAlphaPass(r, pass == AlphaPass::kConstant ? RgbSource::kAlphaConstant : RgbSource::kAlphaPlane);
-}
-
 }  // namespace zenk::test

@@ -76,7 +76,8 @@ const Registration kRegistration = RegisterEach(kRows, [](const ExportRow& c) {
     e.lines_bound_writes = c.destination != Dst::kPlanar;
     e.reference = [c](const Request& r) {
         ReferenceYuvExport(r, c.colour);
-        ReferenceAlphaPass(r, c.alpha);
+        if (c.alpha != A::kNone)
+            ReferenceAlphaPass(r, c.alpha == A::kConstant ? RgbSource::kAlphaConstant : RgbSource::kAlphaPlane);
     };
     // The aligned kernels take their source at any address, and the
     // split its planes at any pitch.

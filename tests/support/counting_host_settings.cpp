@@ -6,10 +6,8 @@
 
 namespace {
 
-std::atomic<int> g_calls{0};
-std::atomic<int> g_null{0};
-std::atomic<int32_t> g_answer{1};
-std::atomic<int32_t> g_last_option{-1};
+std::atomic<int> g_calls{0}, g_null{0};
+std::atomic<int32_t> g_answer{1}, g_last_option{-1};
 
 class CountingSettings final : public ZenkHostSettingsObject {
 public:

@@ -12,12 +12,11 @@ namespace {
 using F = Format;
 
 TEST(Client, EveryNameOfEachFamily) {
-    struct Row {
+    const struct {
         const char* name;
         F format;
         bool alpha_unused;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"UYVY16I", F::UYVY16I, false},     {"uyvy16i", F::UYVY16I, false},    {"uyvy422", F::UYVY16I, false},
         {"UYVY", F::UYVY16I, false},        {"yuy2", F::YUYV16I, false},       {"yuyv422", F::YUYV16I, false},
         {"NV16", F::Y8PUV8I, false},        {"VUYA", F::V8U8Y8A8I, false},     {"BGRA", F::BGR32I, false},
@@ -25,7 +24,7 @@ TEST(Client, EveryNameOfEachFamily) {
         {"bgr24", F::BGR24I, false},        {"GRAY8", F::A8P, false},          {"gray", F::A8P, false},
         {"UYVY16IA8P", F::UYVY16IA8P, false}, {"A8C", F::A8C, false},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const std::optional<NamedFormat> f = ParseFormat(row.name);
         ASSERT_TRUE(f.has_value());

@@ -141,8 +141,7 @@ TEST(ConvertErrors, EachBadInputFailsCleanlyAndKeepsTheOutput) {
     const Bytes precious = {'k', 'e', 'e', 'p'};
     for (const BadCase& c : kBadCases) {
         SCOPED_TRACE(c.command);
-        WriteBytes(dir / "out", precious);
-        WriteBytes(dir / "out.png", precious);
+        for (const char* kept : {"out", "out.png"}) WriteBytes(dir / kept, precious);
         const std::vector<std::string> before = dir.Entries();
         const ToolResult r = RunTool(dir.Command(c.command), false, *c.input ? dir / c.input : "");
         EXPECT_EQ(r.code, c.code) << r.err;
@@ -151,10 +150,7 @@ TEST(ConvertErrors, EachBadInputFailsCleanlyAndKeepsTheOutput) {
         std::istringstream parts(c.message);
         for (std::string part; std::getline(parts, part, '|');) EXPECT_NE(r.err.find(part), std::string::npos) << r.err;
         EXPECT_TRUE(r.out.empty()) << r.out;
-        EXPECT_EQ(ReadBytes(dir / "out"), precious);
-        EXPECT_EQ(ReadBytes(dir / "out.png"), precious);
-        EXPECT_EQ(ReadBytes(dir / "locked"), precious);
-        EXPECT_EQ(ReadBytes(dir / "f-2.bgr24"), precious);
+        for (const char* f : {"out", "out.png", "locked", "f-2.bgr24"}) EXPECT_EQ(ReadBytes(dir / f), precious) << f;
         EXPECT_EQ(dir.Entries(), before) << "no temporary file left behind";
     }
 }

@@ -13,19 +13,17 @@ namespace {
 // scales luma by 255/256, so levels 129 to 255 come out one low and white
 // is 254; BT.709, and BT.601 studio range, keep every level.
 TEST(ConvertQuirks, FullRangeGreyLevels) {
-    struct Row {
+    const struct {
         const char* flags;
         int low, other_wrong, white;
-    };
-    const Row rows[] = {
-        {"--full-range --matrix 601", 127, 0, 254},
-        {"--full-range --matrix 709", 0, 0, 255},
+    } rows[] = {
+        {"--full-range --matrix 601", 127, 0, 254}, {"--full-range --matrix 709", 0, 0, 255},
     };
     Scratch dir;
     RunOk(dir.Command("--test-card ramp -s 256x1 --to BGR32I @ramp.bgra"));
     const Bytes ramp = ReadBytes(dir / "ramp.bgra");
     for (int level = 0; level < 256; ++level) ASSERT_EQ(ramp[4 * level], level) << "the ramp holds every level once";
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.flags);
         RunOk(dir.Command(std::string(row.flags) + " -s 256x1 --from BGRA --to UYVY @ramp.bgra @out.uyvy"));
         const Bytes out = ReadBytes(dir / "out.uyvy");
