@@ -9,8 +9,14 @@
 namespace zenk::test {
 
 // Where a 4:2:2 line keeps Y0, Y1, Cb and Cr of a pair, or a luma line with
-// its chroma line a plane further on.
+// its chroma line a plane further on; the values of a pair, read from and
+// written to a packed layout's four bytes.
 enum class YuvLayout { kUyvy, kYuyv, kUvyy, kPlanar };
+struct YuvPairValues {
+    uint8_t y0, y1, cb, cr;
+};
+YuvPairValues ReadPair(YuvLayout packed, const uint8_t* bytes);
+void WritePair(YuvLayout packed, uint8_t* bytes, const YuvPairValues& p);
 
 // ---- RGB repacking and alpha planes ------------------------------------------------------
 
@@ -46,11 +52,10 @@ enum class AlphaPass { kNone, kConstant, kCopy };
 // layouts and clamps, and how the running pointers and line starts move ----------------------
 
 enum class EncodeSource { kBgr32, kBgr24 };
-enum class EncodeLayout { kUyvy, kYuyv, kUvyy, kY8Uv };
 
 struct EncodeKernel {
     EncodeSource source;
-    EncodeLayout layout;
+    YuvLayout layout;
     bool alpha_plane;    // BGR32 fourth bytes copied to dst_alpha_plane
     int vertical_mode;   // 0 frame, 1 halve, 2 quarter, 3 double
     bool aligned;        // frame mode: whole 8-pixel groups only, no single pairs

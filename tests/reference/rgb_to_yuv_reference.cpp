@@ -47,10 +47,10 @@ public:
     Encoder(const ZenkConversionRequest& r, const EncodeKernel& k, int32_t host_option)
         : r_(r), k_(k), w_(SelectWeights(r, host_option)) {}
 
-    int PairBytes() const { return k_.layout == EncodeLayout::kY8Uv ? 2 : 4; }
+    int PairBytes() const { return k_.layout == YuvLayout::kPlanar ? 2 : 4; }
     int PixelBytes() const { return k_.source == EncodeSource::kBgr32 ? 4 : 3; }
     uint8_t* ChromaOf(uint8_t* luma) const {
-        return k_.layout == EncodeLayout::kY8Uv ? Step(luma, int64_t{r_.dst_stride} * r_.dst_height) : nullptr;
+        return k_.layout == YuvLayout::kPlanar ? Step(luma, int64_t{r_.dst_stride} * r_.dst_height) : nullptr;
     }
 
     // Output pair `index` of a line: Y0, Y1 with the luma offset, Cb, Cr with
@@ -117,21 +117,13 @@ private:
     void Write(const LineJob& job, int index, int y_first, int y_second, uint8_t cb, uint8_t cr) const {
         const auto y0 = static_cast<uint8_t>(ClampLuma(y_first, r_.clamp_luma)),
                    y1 = static_cast<uint8_t>(ClampLuma(y_second, r_.clamp_luma));
-        uint8_t* out = job.dst + 4 * index;
-        switch (k_.layout) {
-            case EncodeLayout::kUyvy: out[0] = cb; out[1] = y0; out[2] = cr; out[3] = y1; break;
-            case EncodeLayout::kYuyv: out[0] = y0; out[1] = cb; out[2] = y1; out[3] = cr; break;
-            case EncodeLayout::kUvyy: out[0] = cb; out[1] = cr; out[2] = y0; out[3] = y1; break;
-            case EncodeLayout::kY8Uv: {
-                // Only luma of pixels 2 and 3 modulo 4 is clamped.
-                const bool clamped = index % 2 == 1;
-                job.dst[2 * index] = clamped ? y0 : static_cast<uint8_t>(y_first);
-                job.dst[2 * index + 1] = clamped ? y1 : static_cast<uint8_t>(y_second);
-                job.chroma[2 * index] = cb;
-                job.chroma[2 * index + 1] = cr;
-                break;
-            }
-        }
+        if (k_.layout != YuvLayout::kPlanar) return WritePair(k_.layout, job.dst + 4 * index, {y0, y1, cb, cr});
+        // Only luma of pixels 2 and 3 modulo 4 is clamped.
+        const bool clamped = index % 2 == 1;
+        job.dst[2 * index] = clamped ? y0 : static_cast<uint8_t>(y_first);
+        job.dst[2 * index + 1] = clamped ? y1 : static_cast<uint8_t>(y_second);
+        job.chroma[2 * index] = cb;
+        job.chroma[2 * index + 1] = cr;
     }
 
     const ZenkConversionRequest& r_;

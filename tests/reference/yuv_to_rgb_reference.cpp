@@ -61,14 +61,9 @@ void ConvertLine(const ZenkConversionRequest& r, YuvDecoding d, const DecodingNu
     for (int32_t x = 0; x < count; ++x) {
         const int32_t pair = x / 2;
         const bool odd = x % 2 != 0;
-        const uint8_t* q = s.pixels + 4 * pair;
-        int y = 0, cb = 0, cr = 0;
-        switch (d.layout) {
-            case YuvLayout::kUyvy: cb = q[0], y = q[odd ? 3 : 1], cr = q[2]; break;
-            case YuvLayout::kYuyv: y = q[odd ? 2 : 0], cb = q[1], cr = q[3]; break;
-            case YuvLayout::kUvyy: cb = q[0], cr = q[1], y = q[odd ? 3 : 2]; break;
-            case YuvLayout::kPlanar: y = s.pixels[x], cb = s.chroma[2 * pair], cr = s.chroma[2 * pair + 1]; break;
-        }
+        const YuvPairValues p = d.layout != YuvLayout::kPlanar ? ReadPair(d.layout, s.pixels + 4 * pair)
+                                : YuvPairValues{s.pixels[x], s.pixels[x], s.chroma[2 * pair], s.chroma[2 * pair + 1]};
+        const int y = odd ? p.y1 : p.y0, cb = p.cb, cr = p.cr;
         uint8_t* px = dst + bytes * x;
         ReferenceDecodePixel(n, y, cb, cr, odd, px);
         switch (d.fourth) {

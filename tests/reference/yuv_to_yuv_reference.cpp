@@ -58,10 +58,6 @@ int ReferenceRound(int16_t value, bool add_half) {
     return v >> 8;
 }
 
-struct YuvPairValues {
-    uint8_t y0, y1, cb, cr;
-};
-
 // A pair's values before rounding: clamped luma, and the three sums with 8
 // fractional bits saturated to 16 bits.
 struct Unrounded {
@@ -122,23 +118,23 @@ struct Arithmetic {
     }
 };
 
+}  // namespace
+
 // ---- Layouts ---------------------------------------------------------------------------------
 
 // Where a layout keeps Y0, Y1, Cb and Cr of a pair.
 const int kPlaces[3][4] = {{1, 3, 0, 2}, {0, 2, 1, 3}, {2, 3, 0, 1}};  // UYVY, YUYV, UVYY
 
-YuvPairValues Read(YuvLayout l, const uint8_t* b) {
+YuvPairValues ReadPair(YuvLayout l, const uint8_t* b) {
     const int* at = kPlaces[static_cast<int>(l)];
     return {b[at[0]], b[at[1]], b[at[2]], b[at[3]]};
 }
 
-void Write(YuvLayout l, uint8_t* b, const YuvPairValues& p) {
+void WritePair(YuvLayout l, uint8_t* b, const YuvPairValues& p) {
     const int* at = kPlaces[static_cast<int>(l)];
     const uint8_t values[4] = {p.y0, p.y1, p.cb, p.cr};
     for (int i = 0; i < 4; ++i) b[at[i]] = values[i];
 }
-
-}  // namespace
 
 void ReferenceYuvKernel(const ZenkConversionRequest& r, const YuvKernelModel& k, bool aligned_kernel) {
     const Arithmetic math(r.src_matrix, r.dst_matrix, r.clamp_luma != 0);
@@ -166,9 +162,9 @@ void ReferenceYuvKernel(const ZenkConversionRequest& r, const YuvKernelModel& k,
             const uint8_t* in = src + 4 * i;
             switch (k.operation) {
                 case YuvOperation::kCopy:  // read and written as UYVY16I
-                case YuvOperation::kReorder: Write(k.written_as, dst + 4 * i, Read(k.read_as, in)); break;
+                case YuvOperation::kReorder: WritePair(k.written_as, dst + 4 * i, ReadPair(k.read_as, in)); break;
                 case YuvOperation::kSplit: {
-                    const YuvPairValues p = Read(YuvLayout::kUyvy, in);
+                    const YuvPairValues p = ReadPair(YuvLayout::kUyvy, in);
                     dst[2 * i] = p.y0;
                     dst[2 * i + 1] = p.y1;
                     chroma[2 * i] = p.cb;
@@ -176,14 +172,14 @@ void ReferenceYuvKernel(const ZenkConversionRequest& r, const YuvKernelModel& k,
                     break;
                 }
                 case YuvOperation::kWiden: {
-                    const YuvPairValues p = Read(YuvLayout::kUyvy, in);
+                    const YuvPairValues p = ReadPair(YuvLayout::kUyvy, in);
                     const uint8_t alpha = static_cast<uint8_t>(r.alpha_value);
                     const uint8_t pixels[8] = {p.cr, p.cb, p.y0, alpha, p.cr, p.cb, p.y1, alpha};
                     for (int b = 0; b < 8; ++b) dst[8 * i + b] = pixels[b];
                     break;
                 }
                 case YuvOperation::kMatrix:
-                case YuvOperation::kSharedMatrix: values[static_cast<size_t>(i)] = Read(k.read_as, in); break;
+                case YuvOperation::kSharedMatrix: values[static_cast<size_t>(i)] = ReadPair(k.read_as, in); break;
             }
         }
         if (k.operation == YuvOperation::kMatrix || k.operation == YuvOperation::kSharedMatrix) {
@@ -196,7 +192,7 @@ void ReferenceYuvKernel(const ZenkConversionRequest& r, const YuvKernelModel& k,
                     i += 1;
                 }
             }
-            for (int32_t i = 0; i < pairs; ++i) Write(k.written_as, dst + 4 * i, values[static_cast<size_t>(i)]);
+            for (int32_t i = 0; i < pairs; ++i) WritePair(k.written_as, dst + 4 * i, values[static_cast<size_t>(i)]);
         }
         src = Step(src, int64_t{4} * pairs + r.src_skip);
         dst = Step(dst, int64_t{out_bytes} * pairs + r.dst_skip);

@@ -11,7 +11,7 @@ namespace {
 
 using namespace rgb_to_yuv;
 using Src = EncodeSource;
-using Lay = EncodeLayout;
+using Lay = YuvLayout;
 
 enum class Alpha { kNone, kFromSource, kConstant, kCopy };
 
@@ -28,22 +28,22 @@ struct EncodeRow {
 const EncodeRow kRows[] = {
     {"BGR32I_UYVY16I", ZENK_SSE2_BGR32I_UYVY16I_EX, nullptr, &Kernels::bgr32_to_uyvy, Src::kBgr32, Lay::kUyvy, Alpha::kNone},
     {"BGR32I_UVYY16I", ZENK_SSE2_BGR32I_UVYY16I_EX, nullptr, &Kernels::bgr32_to_uvyy, Src::kBgr32, Lay::kUvyy, Alpha::kNone},
-    {"BGR32I_Y8PUV8I", ZENK_SSE2_BGR32I_Y8PUV8I_EX, nullptr, &Kernels::bgr32_to_y8uv, Src::kBgr32, Lay::kY8Uv, Alpha::kNone},
+    {"BGR32I_Y8PUV8I", ZENK_SSE2_BGR32I_Y8PUV8I_EX, nullptr, &Kernels::bgr32_to_y8uv, Src::kBgr32, Lay::kPlanar, Alpha::kNone},
     {"BGR32I_YUYV16I", ZENK_SSE2_BGR32I_YUYV16I_EX, &Kernels::bgr32_to_yuyv, nullptr, Src::kBgr32, Lay::kYuyv, Alpha::kNone},
     {"BGR24I_YUYV16I", ZENK_SSE2_BGR24I_YUYV16I_EX, &Kernels::bgr24_to_yuyv, nullptr, Src::kBgr24, Lay::kYuyv, Alpha::kNone},
     {"BGR24I_UYVY16I", ZENK_SSE2_BGR24I_UYVY16I_EX, &Kernels::bgr24_to_uyvy, nullptr, Src::kBgr24, Lay::kUyvy, Alpha::kNone},
     {"BGR24I_UVYY16I", ZENK_SSE2_BGR24I_UVYY16I_EX, &Kernels::bgr24_to_uvyy, nullptr, Src::kBgr24, Lay::kUvyy, Alpha::kNone},
-    {"BGR24I_Y8PUV8I", ZENK_SSE2_BGR24I_Y8PUV8I_EX, &Kernels::bgr24_to_y8uv, nullptr, Src::kBgr24, Lay::kY8Uv, Alpha::kNone},
+    {"BGR24I_Y8PUV8I", ZENK_SSE2_BGR24I_Y8PUV8I_EX, &Kernels::bgr24_to_y8uv, nullptr, Src::kBgr24, Lay::kPlanar, Alpha::kNone},
     {"BGR32I_YUYV16IA8P", ZENK_SSE2_BGR32I_YUYV16IA8P_EX, &Kernels::bgr32_to_yuyv_alpha, nullptr, Src::kBgr32, Lay::kYuyv, Alpha::kFromSource},
     {"BGR32I_UYVY16IA8P", ZENK_SSE2_BGR32I_UYVY16IA8P_EX, &Kernels::bgr32_to_uyvy_alpha, nullptr, Src::kBgr32, Lay::kUyvy, Alpha::kFromSource},
     {"BGR32I_UVYY16IA8P", ZENK_SSE2_BGR32I_UVYY16IA8P_EX, &Kernels::bgr32_to_uvyy_alpha, nullptr, Src::kBgr32, Lay::kUvyy, Alpha::kFromSource},
-    {"BGR32I_Y8PUV8IA8P", ZENK_SSE2_BGR32I_Y8PUV8IA8P_EX, &Kernels::bgr32_to_y8uv_alpha, nullptr, Src::kBgr32, Lay::kY8Uv, Alpha::kFromSource},
+    {"BGR32I_Y8PUV8IA8P", ZENK_SSE2_BGR32I_Y8PUV8IA8P_EX, &Kernels::bgr32_to_y8uv_alpha, nullptr, Src::kBgr32, Lay::kPlanar, Alpha::kFromSource},
     {"BGR24I_YUYV16IA8P", ZENK_SSE2_BGR24I_YUYV16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kYuyv, Alpha::kConstant},
-    {"BGR24I_Y8PUV8IA8P", ZENK_SSE2_BGR24I_Y8PUV8IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kY8Uv, Alpha::kConstant},
+    {"BGR24I_Y8PUV8IA8P", ZENK_SSE2_BGR24I_Y8PUV8IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kPlanar, Alpha::kConstant},
     {"BGR24I_UYVY16IA8P", ZENK_SSE2_BGR24I_UYVY16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kUyvy, Alpha::kConstant},
     {"BGR24I_UVYY16IA8P", ZENK_SSE2_BGR24I_UVYY16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kUvyy, Alpha::kConstant},
     {"BGR24IA8P_YUYV16IA8P", ZENK_SSE2_BGR24IA8P_YUYV16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kYuyv, Alpha::kCopy},
-    {"BGR24IA8P_Y8PUV8IA8P", ZENK_SSE2_BGR24IA8P_Y8PUV8IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kY8Uv, Alpha::kCopy},
+    {"BGR24IA8P_Y8PUV8IA8P", ZENK_SSE2_BGR24IA8P_Y8PUV8IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kPlanar, Alpha::kCopy},
     {"BGR24IA8P_UYVY16IA8P", ZENK_SSE2_BGR24IA8P_UYVY16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kUyvy, Alpha::kCopy},
     {"BGR24IA8P_UVYY16IA8P", ZENK_SSE2_BGR24IA8P_UVYY16IA8P_EX, nullptr, nullptr, Src::kBgr24, Lay::kUvyy, Alpha::kCopy},
 };
@@ -71,7 +71,7 @@ const Registration kRegistration = RegisterEach(kRows, [](const EncodeRow& c) {
     // A BGR24 single pair reads up to 6 bytes past its last pixel.
     e.src = c.source == Src::kBgr32 ? PlaneSpec{4} : PlaneSpec{3, false, 6};
     e.src_alpha = {c.alpha == Alpha::kCopy ? 1 : 0};
-    e.dst = c.layout == Lay::kY8Uv ? PlaneSpec{1, true} : PlaneSpec{2, false, 0, 4, true};
+    e.dst = c.layout == Lay::kPlanar ? PlaneSpec{1, true} : PlaneSpec{2, false, 0, 4, true};
     e.dst_alpha = {c.alpha == Alpha::kNone ? 0 : 1};
     e.reference = [c](const Request& r) { ExportReference(c, r); };
     if (c.quad != nullptr || c.table != nullptr) {
