@@ -11,9 +11,7 @@
 #include <cstring>
 #include <cstdlib>
 #include <filesystem>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "kernel/isa_levels.h"
 #include "support/shared_library.h"

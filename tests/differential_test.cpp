@@ -8,13 +8,10 @@
 // name, so one case repeats on its own:
 //   ZENK_TEST_SEED=<n> ZENK_TEST_CASE=<export>:<kernel>:<level>:<index> zenk_tests --gtest_filter='Differential*'
 // (<kernel> "export" for the export itself, <level> "-" for it.)
-#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 
-#include "support/counting_host_settings.h"
 #include "support/export_registry.h"
 #include "support/host_option_fixture.h"
 

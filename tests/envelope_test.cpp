@@ -10,7 +10,6 @@
 // is also what the emulated 32-bit route must get right: Wine turns the
 // processor's page fault into an access violation only when the signal
 // carries the fault's trap number.
-#include <gtest/gtest.h>
 
 #include <cstdlib>
 

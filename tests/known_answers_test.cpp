@@ -4,14 +4,11 @@
 // quirks with their worked numbers, head tables, where a pair mode's lines
 // come from and land, when host option 128 is asked and how it is answered,
 // and what the plain entry points do.
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
-#include <vector>
 
 #include "rgb_alpha/rgb_alpha_kernels.h"
-#include "support/counting_host_settings.h"
 #include "support/host_option_fixture.h"
 #include "support/test_picture.h"
 #include "yuv_to_rgb/yuv_to_rgb_kernels.h"

@@ -1,11 +1,8 @@
 // Instruction-set levels: how ZENK_CPU caps the level the exports run at,
 // and a write order that the differential test's random planes never meet.
-#include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <vector>
 
-#include "kernel/cpu.h"
 #include "support/export_registry.h"
 #include "yuv_to_yuv/yuv_to_yuv_kernels.h"
 

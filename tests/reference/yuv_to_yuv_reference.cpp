@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 #include "support/test_picture.h"
 
@@ -84,8 +83,8 @@ struct Arithmetic {
                 Sum(set.cb_cb, cb, set.cb_cr, cr), Sum(set.cr_cb, cb, set.cr_cr, cr)};
     }
 
-    YuvPairValues Finish(const Unrounded& u, int dy0, int dy1, int cb, int cr) const {
-        return {SaturateByte(ClampLuma(u.y0 + dy0, clamp)), SaturateByte(ClampLuma(u.y1 + dy1, clamp)),
+    YuvPairValues Finish(const Unrounded& u, int dy, int cb, int cr) const {
+        return {SaturateByte(ClampLuma(u.y0 + dy, clamp)), SaturateByte(ClampLuma(u.y1 + dy, clamp)),
                 SaturateByte(cb + 128), SaturateByte(cr + 128)};
     }
 
@@ -93,8 +92,7 @@ struct Arithmetic {
 
     YuvPairValues Pair(const YuvPairValues& p) const {
         const Unrounded u = Products(p);
-        const int dy = Own(u.dy);
-        return Finish(u, dy, dy, Own(u.cb), Own(u.cr));
+        return Finish(u, Own(u.dy), Own(u.cb), Own(u.cr));
     }
 
     // Pairs k and k + 4 of a 16-pixel group share a lane: the second takes
@@ -112,8 +110,8 @@ struct Arithmetic {
                 luma_a = dy_b;
                 luma_b = Wrap16(b.dy + (a.dy >= 0 ? 128 : 0)) >> 8;
             }
-            p[k] = Finish(a, luma_a, luma_a, cb_a, cr_a);
-            p[k + 4] = Finish(b, luma_b, luma_b, cb_b, cr_b);
+            p[k] = Finish(a, luma_a, cb_a, cr_a);
+            p[k + 4] = Finish(b, luma_b, cb_b, cr_b);
         }
     }
 };
@@ -183,16 +181,12 @@ void ReferenceYuvKernel(const ZenkConversionRequest& r, const YuvKernelModel& k,
             }
         }
         if (k.operation == YuvOperation::kMatrix || k.operation == YuvOperation::kSharedMatrix) {
-            for (int32_t i = 0; i < pairs;) {
-                if (i >= group_begin && i < group_end) {
-                    math.Group(&values[static_cast<size_t>(i)], k.operation == YuvOperation::kSharedMatrix);
-                    i += 8;
-                } else {
-                    values[static_cast<size_t>(i)] = math.Pair(values[static_cast<size_t>(i)]);
-                    i += 1;
-                }
+            YuvPairValues* v = values.data();
+            for (int32_t i = 0; i < pairs; ++i) {
+                if (i < group_begin || i >= group_end) v[i] = math.Pair(v[i]);
+                else if ((i - group_begin) % 8 == 0) math.Group(v + i, k.operation == YuvOperation::kSharedMatrix);
             }
-            for (int32_t i = 0; i < pairs; ++i) WritePair(k.written_as, dst + 4 * i, values[static_cast<size_t>(i)]);
+            for (int32_t i = 0; i < pairs; ++i) WritePair(k.written_as, dst + 4 * i, v[i]);
         }
         src = Step(src, int64_t{4} * pairs + r.src_skip);
         dst = Step(dst, int64_t{out_bytes} * pairs + r.dst_skip);

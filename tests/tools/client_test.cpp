@@ -79,11 +79,10 @@ TEST(Client, BandsKeepEveryPlanesResidue) {
         {F::BGR32I, F::UYVY16I, 64, 64, 1, 0, 1},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(Token(row.src) + " -> " + Token(row.dst) + " " + std::to_string(row.width) + "x" +
-                     std::to_string(row.height));
+        SCOPED_TRACE(::testing::Message() << Token(row.src) << " -> " << Token(row.dst) << " " << row.width << "x"
+                                          << row.height);
         const Pair& pair = *FindPair(row.src, row.dst);
-        RequestOptions options;
-        options.vertical_mode = row.vertical_mode;
+        const RequestOptions options{.vertical_mode = row.vertical_mode};
         auto picture = [&](F f) {
             const FrameLayout l = LayoutOf(f, row.width, row.height);
             return Picture{f, row.width, row.height, nullptr, static_cast<int32_t>(l.colour_stride), nullptr,

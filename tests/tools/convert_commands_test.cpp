@@ -15,7 +15,7 @@ namespace {
 // write, and the files it writes as "written=expected" pairs ("-" is
 // standard output), byte for byte; what it says on standard error (or, with
 // --version, output), nothing unless the row says.
-struct GoodCase {
+const struct {
     const char* command;  // "@x" names the file x in the scratch directory
     std::vector<const char*> references;
     const char* same;
@@ -24,16 +24,7 @@ struct GoodCase {
     const char* input = "";   // a scratch file given as standard input
     bool terminal = false;    // standard error is a terminal
     const char* exists = "";  // files it writes besides
-};
-
-// A temporary file as a run killed outright leaves it, by `pid` on this host.
-std::string TempName(pid_t pid) {
-    char host[256] = "";
-    gethostname(host, sizeof host - 1);
-    return ".zenk-convert-" + std::to_string(pid) + "@" + host + "-AbC123";
-}
-
-const std::vector<GoodCase> kGoodCases = {
+} kGoodCases[] = {
     // ffmpeg's and GStreamer's format names (each parsed as Client.EveryNameOfEachFamily
     // shows) on either side, the matrix's, and the extensions' formats.
     {"--from UYVY -s 16x2 --to BGRx @card.uyvy @out", {"--from UYVY16I --size 16x2 --to BGR32I @card.uyvy @ref"},
@@ -185,7 +176,7 @@ TEST(ConvertCommands, EachGoodCommandWritesWhatItsReferenceWrites) {
     WriteBytes(dir / "frames-2-3.bgra", two + three);
     WriteBytes(dir / "three.bgra", one + two + three);
     WriteBytes(dir / "three-and-a-bit.bgra", one + two + three + Bytes(one.begin(), one.begin() + 13));
-    for (const GoodCase& c : kGoodCases) {
+    for (const auto& c : kGoodCases) {
         SCOPED_TRACE(c.command);
         const ToolResult r = RunOk(dir.Command(c.command), c.terminal, *c.input ? dir / c.input : "");
         EXPECT_TRUE(*c.says ? (r.err + r.out).find(c.says) != std::string::npos : r.err.empty()) << r.err << r.out;
@@ -202,6 +193,13 @@ TEST(ConvertCommands, EachGoodCommandWritesWhatItsReferenceWrites) {
         std::istringstream names(c.exists);
         for (std::string name; names >> name;) EXPECT_TRUE(std::filesystem::exists(dir.Command(name)[0])) << name;
     }
+}
+
+// A temporary file as a run killed outright leaves it, by `pid` on this host.
+std::string TempName(pid_t pid) {
+    char host[256] = "";
+    gethostname(host, sizeof host - 1);
+    return ".zenk-convert-" + std::to_string(pid) + "@" + host + "-AbC123";
 }
 
 // The output file: written through a link, an existing file's mode kept, a

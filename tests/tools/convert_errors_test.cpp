@@ -12,39 +12,12 @@ namespace {
 
 constexpr int kUsage = 2, kInput = 3, kOutput = 4, kLibrary = 5;
 
-struct BadCase {
+const struct {
     int code;
     const char* command;  // "@x" names the file x in the scratch directory
     const char* message;  // parts separated by '|', each in the one line
     const char* input = "";  // a scratch file given as standard input
-};
-
-// Files every case can use: a valid 8x4 BGR32I frame (128 bytes), a short
-// one, two frames and two less 5 bytes, a good PNG, a corrupt and a
-// truncated PNG, text named .png, a directory, a read-only output and a
-// link to it, and the second file of a numbered output.
-void MakeFixtures(const Scratch& dir) {
-    RunOk(dir.Command("--test-card bars100 --size 8x4 --to BGR32I @good.bgra"));
-    RunOk(dir.Command("--test-card bars100 --size 8x4 @good.png"));
-    const Bytes frame = ReadBytes(dir / "good.bgra"), two = frame + frame;
-    ASSERT_EQ(frame.size(), 128u);
-    WriteBytes(dir / "short.bgra", Bytes(frame.begin(), frame.begin() + 100));
-    WriteBytes(dir / "two.bgra", two);
-    WriteBytes(dir / "broken.bgra", Bytes(two.begin(), two.end() - 5));
-    Bytes png = ReadBytes(dir / "good.png");
-    Bytes corrupt(png.begin(), png.begin() + 8);  // the signature, then noise
-    for (int i = 0; i < 200; ++i) corrupt.push_back(static_cast<uint8_t>(i * 37));
-    WriteBytes(dir / "corrupt.png", corrupt);
-    WriteBytes(dir / "truncated.png", Bytes(png.begin(), png.begin() + static_cast<long>(png.size() * 2 / 3)));
-    WriteBytes(dir / "notpng.png", Bytes{'h', 'e', 'l', 'l', 'o'});
-    std::filesystem::create_directory(dir / "adir");
-    WriteBytes(dir / "locked", Bytes{'k', 'e', 'e', 'p'});
-    chmod((dir / "locked").c_str(), 0444);
-    symlink("locked", (dir / "link-to-locked").c_str());
-    WriteBytes(dir / "f-2.bgr24", Bytes{'k', 'e', 'e', 'p'});
-}
-
-const BadCase kBadCases[] = {
+} kBadCases[] = {
     // Formats, pairs and sizes.
     {kUsage, "--from BGR32I --size 8x4 --to RGB565 @good.bgra @out",
      "unknown format 'RGB565' (formats: UYVY16I, YUYV16I, UVYY16I, Y8PUV8I, V8U8Y8A8I, BGR32I, BGR24I, A8P, A8C, "
@@ -135,11 +108,36 @@ const BadCase kBadCases[] = {
     {kLibrary, "--library @missing.so --list", "cannot load the conversion library"},
 };
 
+// Files every case can use: a valid 8x4 BGR32I frame (128 bytes), a short
+// one, two frames and two less 5 bytes, a good PNG, a corrupt and a
+// truncated PNG, text named .png, a directory, a read-only output and a
+// link to it, and the second file of a numbered output.
+void MakeFixtures(const Scratch& dir) {
+    RunOk(dir.Command("--test-card bars100 --size 8x4 --to BGR32I @good.bgra"));
+    RunOk(dir.Command("--test-card bars100 --size 8x4 @good.png"));
+    const Bytes frame = ReadBytes(dir / "good.bgra"), two = frame + frame;
+    ASSERT_EQ(frame.size(), 128u);
+    WriteBytes(dir / "short.bgra", Bytes(frame.begin(), frame.begin() + 100));
+    WriteBytes(dir / "two.bgra", two);
+    WriteBytes(dir / "broken.bgra", Bytes(two.begin(), two.end() - 5));
+    Bytes png = ReadBytes(dir / "good.png");
+    Bytes corrupt(png.begin(), png.begin() + 8);  // the signature, then noise
+    for (int i = 0; i < 200; ++i) corrupt.push_back(static_cast<uint8_t>(i * 37));
+    WriteBytes(dir / "corrupt.png", corrupt);
+    WriteBytes(dir / "truncated.png", Bytes(png.begin(), png.begin() + static_cast<long>(png.size() * 2 / 3)));
+    WriteBytes(dir / "notpng.png", Bytes{'h', 'e', 'l', 'l', 'o'});
+    std::filesystem::create_directory(dir / "adir");
+    WriteBytes(dir / "locked", Bytes{'k', 'e', 'e', 'p'});
+    chmod((dir / "locked").c_str(), 0444);
+    symlink("locked", (dir / "link-to-locked").c_str());
+    WriteBytes(dir / "f-2.bgr24", Bytes{'k', 'e', 'e', 'p'});
+}
+
 TEST(ConvertErrors, EachBadInputFailsCleanlyAndKeepsTheOutput) {
     Scratch dir;
     MakeFixtures(dir);
     const Bytes precious = {'k', 'e', 'e', 'p'};
-    for (const BadCase& c : kBadCases) {
+    for (const auto& c : kBadCases) {
         SCOPED_TRACE(c.command);
         for (const char* kept : {"out", "out.png"}) WriteBytes(dir / kept, precious);
         const std::vector<std::string> before = dir.Entries();
