@@ -107,15 +107,7 @@ inline T* Advance(T* p, int32_t bytes) {
     return reinterpret_cast<T*>(reinterpret_cast<uintptr_t>(p) + static_cast<intptr_t>(bytes));
 }
 
-// ---- Memory traffic of pictures larger than the cache -------------------------------
-
-// A UHD picture does not fit the cache, and one thread's own loads (and the
-// reads for ownership of its ordinary stores) do not keep enough lines in
-// flight to use the memory's bandwidth. A format that reads ahead
-// (LineRule::prefetch_every) asks for its source line and, unless it
-// streams, its destination line this far ahead: 16 cache lines. A prefetch
-// past a plane's end never faults.
-inline constexpr int32_t kPrefetchAhead = 1024;
+// ---- Streamed line ends -------------------------------------------------------------
 
 // The head or tail bytes of a streaming kernel's line. An ordinary store
 // into a cache line that the blocks' non-temporal stores also fill evicts
