@@ -24,8 +24,7 @@
  * Other architectures (64-bit Arm Linux): the same exports, under the same
  * names, write the same bytes as on x86; the SSE2 kernels are compiled
  * through SIMDe. There, use_streaming_stores selects ordinary stores, still
- * followed by a memory fence at the end of the call, and prefetches are
- * __builtin_prefetch hints.
+ * followed by a memory fence at the end of the call.
  *
  * Module start-up. The library imports ZenkGetHostSettings (export 1 of the
  * ZenkHostSettings library, see zenk_host_settings.h) and asks it for the

@@ -76,24 +76,26 @@ void StoresAsRequested(const Request* r) {
         kCached(r);
 }
 
-// The vectors of a coefficient block, filled by its family's setup routine:
-// the block holds the selector words and flags given, then pointers to n
-// vectors on the kernel's stack, which the setup writes (those it leaves
-// alone stay zero). Every family broadcasts the ones it uses to its layer.
-template <size_t n>
-struct CoefficientVectors {
-    Vector128 v[n];
-    const Vector128& operator[](size_t i) const { return v[i]; }
+// The n vectors of a call's coefficient block, in every lane of the layer
+// S: the block holds the selector words and flags given, then pointers to n
+// vectors on the kernel's stack, which its family's setup routine writes
+// (those it leaves alone stay zero). A family names them by their places in
+// the block.
+template <class S, size_t n>
+struct CallVectors {
+    typename S::V v[n];
+
+    template <class Block, class... Selectors>
+    explicit CallVectors(void (*setup)(Block*), Selectors... selectors) {
+        Vector128 filled[n] = {};
+        [&]<size_t... i>(std::index_sequence<i...>) {
+            Block block{selectors..., &filled[i]...};
+            setup(&block);
+        }(std::make_index_sequence<n>{});
+        for (size_t i = 0; i < n; ++i) v[i] = S::Broadcast(filled[i]);
+    }
+    const typename S::V& operator[](size_t i) const { return v[i]; }
 };
-template <class Block, size_t n, class... Selectors>
-inline CoefficientVectors<n> FillCoefficients(void (*setup)(Block*), Selectors... selectors) {
-    CoefficientVectors<n> vectors{};
-    [&]<size_t... i>(std::index_sequence<i...>) {
-        Block block{selectors..., &vectors.v[i]...};
-        setup(&block);
-    }(std::make_index_sequence<n>{});
-    return vectors;
-}
 
 inline uint32_t AddressResidue16(const void* p) {
     return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(p) & 15u);
@@ -107,15 +109,7 @@ inline T* Advance(T* p, int32_t bytes) {
     return reinterpret_cast<T*>(reinterpret_cast<uintptr_t>(p) + static_cast<intptr_t>(bytes));
 }
 
-// ---- Memory traffic of pictures larger than the cache -------------------------------
-
-// A UHD picture does not fit the cache, and one thread's own loads (and the
-// reads for ownership of its ordinary stores) do not keep enough lines in
-// flight to use the memory's bandwidth. A format that reads ahead
-// (LineRule::prefetch_every) asks for its source line and, unless it
-// streams, its destination line this far ahead: 16 cache lines. A prefetch
-// past a plane's end never faults.
-inline constexpr int32_t kPrefetchAhead = 1024;
+// ---- Streamed line ends -------------------------------------------------------------
 
 // The head or tail bytes of a streaming kernel's line. An ordinary store
 // into a cache line that the blocks' non-temporal stores also fill evicts

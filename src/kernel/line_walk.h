@@ -37,9 +37,6 @@ struct LineRule {
     MisalignedLine misaligned = MisalignedLine::kBlocksUnaligned;
     // Whether a streaming kernel streams its head and tail too.
     bool stream_ends = false;
-    // Blocks between two read-aheads of the source and destination lines
-    // (0: none).
-    int32_t prefetch_every = 0;
     // Whether a block copies its source bytes as they are: with ordinary
     // stores, the walk then copies a line's body in one run (CopyRun), the
     // same bytes. A UYVY16I copy of 3840x2160 frames from memory took 1.29 ms
@@ -105,33 +102,19 @@ ZENK_ARITHMETIC void Block(const F& f, typename F::Planes& s, int32_t unit) {
     s.template NextBlock<n>();
 }
 
-// `count` blocks from the line's unit `first`, in groups of prefetch_every
-// blocks (one where nothing is read ahead), the read-ahead before each
-// group's first block but the line's last group. That last read-ahead costs
-// more than it brings: on 3840x2160 pictures from memory (AMD EPYC, the two
-// builds alternating in one process), leaving it out made the aligned
-// kernels of the copies, byte reorders, repacks and alpha extraction 6 to
-// 21 % faster at every level, and the any-alignment ones up to 5 %. Each
-// block call converts as many blocks at once as the layer has lanes; the
-// blocks left over go through the same code with fewer lanes filled, so that
-// each block reads and writes exactly what it does in the baseline kernel.
-template <class F, class A, class Store>
+// `count` blocks from the line's unit `first`. Each block call converts as
+// many blocks at once as the layer has lanes; the blocks left over go
+// through the same code with fewer lanes filled, so that each block reads
+// and writes exactly what it does in the baseline kernel. Nothing is read
+// ahead: the processor's own prefetchers follow a line's streams, and
+// software read-ahead made every kernel that used it slower (3840x2160 from
+// memory and 1920x1080 in the cache, AMD EPYC, in-process A/B: the BGR32 and
+// BGR24 repacks 5 to 33 %, the 4:2:2 reorders and widening up to 50 %).
+template <class F, class Store>
 ZENK_ARITHMETIC void Blocks(const F& f, typename F::Planes& s, int32_t count, int32_t first) {
-    using W = typename F::Vector;
-    constexpr int32_t kLanes = W::kLanes, kEvery = F::kRule.prefetch_every;
-    constexpr int32_t kGroup = kEvery > kLanes ? kEvery / kLanes : 1;
-    constexpr int32_t kSource = F::Planes::Find(Plane::kSource);
+    constexpr int32_t kLanes = F::Vector::kLanes;
     int32_t unit = first;
-    while (count >= kLanes) {
-        if constexpr (kEvery > 0) {
-            if (count >= 2 * kGroup * kLanes) {
-                if constexpr (kSource >= 0) Prefetch(Advance(s.at[kSource], kPrefetchAhead));
-                if constexpr (!A::kStreaming) Prefetch(Advance(s.Destination(), kPrefetchAhead));
-            }
-        }
-        for (int32_t i = 0; i < kGroup && count >= kLanes; ++i, count -= kLanes, unit += kLanes * F::kRule.block_units)
-            Block<F, Store, kLanes>(f, s, unit);
-    }
+    for (; count >= kLanes; count -= kLanes, unit += kLanes * F::kRule.block_units) Block<F, Store, kLanes>(f, s, unit);
     // The blocks left over, in as many lanes.
     [&]<int... n>(std::integer_sequence<int, n...>) ZENK_INLINE_LAMBDA {
         ((count == n + 1 ? Block<F, Store, n + 1>(f, s, unit) : void()), ...);
@@ -166,9 +149,9 @@ ZENK_ARITHMETIC void WalkLine(const F& f, typename F::Planes& s, int32_t width) 
         CopyRun(s.Destination(), s.at[P::Find(Plane::kSource)], size_t(body) * P::kBlockBytes[0]);
         s.NextBlocks(body);
     } else if (Aligned16(s.Destination()))
-        line_walk::Blocks<F, A, A>(f, s, body, head);
+        line_walk::Blocks<F, A>(f, s, body, head);
     else
-        line_walk::Blocks<F, A, UnalignedStore>(f, s, body, head);
+        line_walk::Blocks<F, UnalignedStore>(f, s, body, head);
     line_walk::Singles<F, A>(f, s, tail, head + body_units);
 }
 
@@ -180,7 +163,6 @@ template <LineFormat F, class A>
 ZENK_KERNEL_ENTRY void FrameKernel(const Request* r) {
     const F f(*r);
     typename F::Planes s(*r, r->src_plane, r->dst_plane);
-    Prefetch(r->src_plane);
     for (int32_t line = 0; line < r->src_height; ++line) {
         WalkLine<F, A>(f, s, r->width);
         s.NextLine(*r);
@@ -199,7 +181,6 @@ inline constexpr KernelQuad kFrameKernels = {
 template <LineFormat F, class A>
 ZENK_KERNEL_ENTRY void PairModeKernel(const Request* r) {
     const F f(*r);
-    Prefetch(r->src_plane);
     WalkLinePairs(PairModeLines(r), [&](const uint8_t* src_line, uint8_t*& dst) ZENK_INLINE_LAMBDA {
         typename F::Planes s(*r, src_line, dst);
         WalkLine<F, A>(f, s, r->width);
@@ -220,7 +201,6 @@ ZENK_KERNEL_ENTRY void PairModeKernel(const Request* r) {
 template <LineFormat F, class A>
 ZENK_KERNEL_ENTRY void DoublingKernel(const Request* r) {
     const F f(*r);
-    Prefetch(r->src_plane);
     const LineAddressSet set = PairModeLines(r);
     const uint8_t* src_line = set.src_line_a;
     uint8_t* dst_line = r->dst_plane;

@@ -140,32 +140,4 @@ inline typename S::V PackWords(const Words422<S>& w) {
         return v;
 }
 
-// ---- Partial vectors ----------------------------------------------------------------------
-
-// kBytes (16, 8, 4 or 2) into the low bytes of each filled lane, lane j from
-// p + j * step, the rest zero; and the low kBytes of a single lane back.
-template <class S, int kBytes>
-inline typename S::V LoadLow(const uint8_t* p, int32_t step) {
-    if constexpr (kBytes == 16)
-        return S::LoadU(p, step);
-    else if constexpr (kBytes == 8)
-        return S::Load64(p, step);
-    else if constexpr (kBytes == 4)
-        return S::Load32(p, step);
-    else
-        return S::Load16(p, step);
-}
-template <class S, int kBytes>
-inline void StoreLow(uint8_t* p, typename S::V v) {
-    if constexpr (kBytes == 8) {
-        S::Put64(p, v, 0);
-    } else if constexpr (kBytes == 4) {
-        S::Put32(p, v, 0);
-    } else {
-        static_assert(kBytes == 2);
-        const uint32_t bits = static_cast<uint32_t>(Vec128::Low32(S::Lane0(v)));
-        std::memcpy(p, &bits, kBytes);
-    }
-}
-
 }  // namespace zenk::ZENK_ISA

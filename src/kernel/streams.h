@@ -77,7 +77,6 @@ struct Streams {
     }
 
     uint8_t*& Destination() { return at[kDestination]; }
-    uint8_t* Destination() const { return at[kDestination]; }
 
     // On past one unit, past a block in each of `lanes` lanes, or past
     // `count` blocks.
@@ -85,9 +84,7 @@ struct Streams {
         ForEach([&]<int i>() ZENK_INLINE_LAMBDA { at[i] += kUnitBytes[i]; });
     }
     template <int32_t lanes>
-    void NextBlock() {
-        ForEach([&]<int i>() ZENK_INLINE_LAMBDA { at[i] += kBlockBytes[i] * lanes; });
-    }
+    void NextBlock() { NextBlocks(lanes); }
     void NextBlocks(int32_t count) {
         ForEach([&]<int i>() ZENK_INLINE_LAMBDA { at[i] += static_cast<intptr_t>(kBlockBytes[i]) * count; });
     }
@@ -161,7 +158,17 @@ inline auto Ptr(const A& a) {
 // lane, the rest zero.
 template <Plane p, int kBytes = 16, class A>
 inline typename A::V Load(const A& a, int32_t offset = 0) {
-    return LoadLow<typename A::L, kBytes>(Ptr<p>(a) + offset, A::template kStep<p>);
+    using L = typename A::L;
+    const uint8_t* const q = Ptr<p>(a) + offset;
+    constexpr int32_t kStep = A::template kStep<p>;
+    if constexpr (kBytes == 16)
+        return L::LoadU(q, kStep);
+    else if constexpr (kBytes == 8)
+        return L::Load64(q, kStep);
+    else if constexpr (kBytes == 4)
+        return L::Load32(q, kStep);
+    else
+        return L::Load16(q, kStep);
 }
 
 // The low kBytes of every filled lane to `offset`: 16 through the store
@@ -177,8 +184,11 @@ inline void Put(const A& a, int32_t offset, typename A::V v) {
         L::Put64(q, v, A::template kStep<p>);
     else if constexpr (kBytes == 4)
         L::Put32(q, v, A::template kStep<p>);
-    else
-        StoreLow<L, kBytes>(q, v);
+    else {
+        static_assert(kBytes == 2 && L::kActiveLanes == 1);
+        const auto bits = static_cast<uint16_t>(Vec128::Low32(L::Lane0(v)));
+        std::memcpy(q, &bits, 2);
+    }
 }
 
 // A block of k consecutive 16-byte vectors a lane, vector i of every lane in

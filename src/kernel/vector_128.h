@@ -10,13 +10,13 @@
 // intrinsics through SIMDe, which gives each one its x86 result bit for bit
 // (on NEON where it can, in portable C elsewhere), so a picture converts to
 // the same bytes on every architecture. There, non-temporal stores are
-// ordinary stores, the store fence a full memory fence and prefetches
-// __builtin_prefetch. A native layer for another processor would define
+// ordinary stores and the store fence a full memory fence. A native layer
+// for another processor would define
 // Vec128 and the memory-order helpers below in a header of its own, chosen
 // here in place of this one.
 //
 // This is the only file that includes the baseline instruction set's
-// header; the memory-order helpers (prefetch, non-temporal 4-byte store,
+// header; the memory-order helpers (string copy, non-temporal 4-byte store,
 // store fence) live here with it.
 #pragma once
 
@@ -128,10 +128,6 @@ constexpr int Pick(int a, int b, int c, int d) { return d << 6 | c << 4 | b << 2
 
 // ---- Memory order ------------------------------------------------------------------------
 
-// A read-ahead into every cache level (prefetcht0 on x86). Forced inline:
-// GCC 12 finds that a call of it returns nothing and has no effect it can
-// see, and drops it from the walk before inlining it.
-[[gnu::always_inline]] inline void Prefetch(const void* p) { _mm_prefetch(static_cast<const char*>(p), _MM_HINT_T0); }
 
 // A 4-byte non-temporal store; any address.
 inline void Stream32(void* p, int32_t bits) { _mm_stream_si32(static_cast<int*>(p), bits); }

@@ -18,14 +18,14 @@ namespace zenk::ZENK_ISA::rgb_alpha {
 using namespace ::zenk::rgb_alpha;
 
 // Units are pixels (or alpha bytes) of kDstBytes destination bytes, kBlock
-// of them a block; every kPrefetch blocks ask for their lines ahead. A line
+// of them a block. A line
 // an aligned kernel finds off its boundary goes head, body and tail, and
 // streaming kernels stream their ends too.
-template <int kDstBytes, int32_t kBlock, int32_t kPrefetch, bool kCopies = false>
+template <int kDstBytes, int32_t kBlock, bool kCopies = false>
 struct Pixels {
     static constexpr LineRule kRule{.unit_pixels = 1, .block_units = kBlock, .singles_below = 16,
                                     .misaligned = MisalignedLine::kAsAnyAlignment, .stream_ends = true,
-                                    .prefetch_every = kPrefetch, .copies = kCopies};
+                                    .copies = kCopies};
     // A 3-byte pixel does not divide 16, so its head comes from a table.
     static int32_t HeadUnits(const uint8_t* dst) {
         if constexpr (kDstBytes == 3)
@@ -73,8 +73,8 @@ inline void AddAlphaBytes(const At& at, typename At::V px[4]) {
 
 // A copy of units of kBytes, kVectors 16-byte vectors a block. It moves the
 // same bytes whatever the lane order, so its blocks go as whole registers.
-template <class S, int kBytes, int kVectors, int32_t kPrefetch>
-struct Copy : Pixels<kBytes, 16 * kVectors / kBytes, kPrefetch, true> {
+template <class S, int kBytes, int kVectors>
+struct Copy : Pixels<kBytes, 16 * kVectors / kBytes, true> {
     using Vector = S;
     using Planes = Streams<Stream<Plane::kSource, kBytes, 16 * kVectors>, Stream<Plane::kDestination, kBytes, 16 * kVectors>>;
     explicit Copy(const Request&) {}
@@ -92,7 +92,7 @@ struct Copy : Pixels<kBytes, 16 * kVectors / kBytes, kPrefetch, true> {
 // The alpha plane's alignment is never tested, so its 16-byte stores are
 // ordinary unaligned stores in every variant.
 template <class S, bool kSplit>
-struct Bgr32ToBgr24 : Pixels<3, 16, 1> {
+struct Bgr32ToBgr24 : Pixels<3, 16> {
     using Vector = S;
     using Planes = Streams<Stream<Plane::kSource, 4, 64>, Stream<Plane::kDestination, 3, 48>,
                            Stream<Plane::kDestinationAlpha, 1, 16, kSplit>>;
@@ -117,7 +117,7 @@ struct Bgr32ToBgr24 : Pixels<3, 16, 1> {
 // BGR24I to BGR32I, the fourth byte from the alpha plane (kAlphaPlane) or
 // the low byte of alpha_value.
 template <class S, bool kAlphaPlane>
-struct Bgr24ToBgr32 : Pixels<4, 16, 1> {
+struct Bgr24ToBgr32 : Pixels<4, 16> {
     using Vector = S;
     using Planes = Streams<Stream<Plane::kSource, 3, 48>, Stream<Plane::kSourceAlpha, 1, 16, kAlphaPlane>,
                            Stream<Plane::kDestination, 4, 64>>;
@@ -147,12 +147,9 @@ struct Bgr24ToBgr32 : Pixels<4, 16, 1> {
     const uint8_t alpha_byte;
 };
 
-// The extraction reads four bytes for each it writes, in one stream the
-// processor's own prefetcher follows; asking for the lines ahead as well
-// made it slower: 3840x2160 from memory on the AMD EPYC, the two builds
-// alternating in one process, 13 to 20 % at every level.
+// The fourth byte of every pixel, to the alpha plane.
 template <class S>
-struct ExtractAlpha : Pixels<1, 16, 0> {
+struct ExtractAlpha : Pixels<1, 16> {
     using Vector = S;
     using Planes = Streams<Stream<Plane::kSource, 4, 64>, Stream<Plane::kDestination, 1, 16>>;
     explicit ExtractAlpha(const Request&) {}
@@ -173,7 +170,7 @@ struct ExtractAlpha : Pixels<1, 16, 0> {
 // Nothing is read. A block is 32 bytes and asks for its destination lines
 // ahead once per 64-byte cache line.
 template <class S>
-struct FillAlphaPlane : Pixels<1, 32, 2> {
+struct FillAlphaPlane : Pixels<1, 32> {
     using Vector = S;
     using Planes = Streams<Stream<Plane::kDestination, 1, 32>>;
     explicit FillAlphaPlane(const Request& r) : alpha_byte(static_cast<uint8_t>(r.alpha_value)) {}

@@ -27,20 +27,12 @@ using namespace ::zenk::rgb_to_yuv;
 template <class S>
 struct Encoder {
     using V = typename S::V;
-    V luma_offset, luma_a, luma_b, chroma_a, chroma_b, luma_min, luma_max;
+    enum Vector { kLumaOffset, kLumaA, kLumaB, kChromaA, kChromaB, kChromaC, kChromaD, kLumaMin, kLumaMax };
+    const CallVectors<S, 9> v;
 
-    explicit Encoder(const Request& r) {
-        const auto v = FillCoefficients<RgbToYuvCoefficients, 9>(
-            SetupRgbToYuvCoefficients, static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8u,
-            uint8_t{1}, r.clamp_luma, r.full_range);
-        luma_offset = S::Broadcast(v[0]);
-        luma_a = S::Broadcast(v[1]);
-        luma_b = S::Broadcast(v[2]);
-        chroma_a = S::Broadcast(v[3]);
-        chroma_b = S::Broadcast(v[4]);
-        luma_min = S::Broadcast(v[7]);
-        luma_max = S::Broadcast(v[8]);
-    }
+    explicit Encoder(const Request& r)
+        : v(SetupRgbToYuvCoefficients, static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8u,
+            uint8_t{1}, r.clamp_luma, r.full_range) {}
 };
 
 // ---- Pixel pairs arranged for the multiply-adds -------------------------------------------
@@ -176,12 +168,12 @@ ZENK_ARITHMETIC Encoded<S> Encode(const K& k, const Quads<S>& q) {
     const auto zero = S::Zero();
     const auto first01 = S::Lo8(q.first, zero), first23 = S::Hi8(q.first, zero);
     const auto second01 = S::Lo8(q.second, zero), second23 = S::Hi8(q.second, zero);
-    auto y = S::PackS32To16(Weigh<S>(first01, second01, k.luma_a, k.luma_b),
-                            Weigh<S>(first23, second23, k.luma_a, k.luma_b));
+    auto y = S::PackS32To16(Weigh<S>(first01, second01, k.v[K::kLumaA], k.v[K::kLumaB]),
+                            Weigh<S>(first23, second23, k.v[K::kLumaA], k.v[K::kLumaB]));
     // Byte-wise: the weights keep luma within 0..255, so nothing wraps.
-    y = S::Add8(y, k.luma_offset);
-    auto c = S::PackS32To16(Weigh<S>(first01, second01, k.chroma_a, k.chroma_b),
-                            Weigh<S>(first23, second23, k.chroma_a, k.chroma_b));
+    y = S::Add8(y, k.v[K::kLumaOffset]);
+    auto c = S::PackS32To16(Weigh<S>(first01, second01, k.v[K::kChromaA], k.v[K::kChromaB]),
+                            Weigh<S>(first23, second23, k.v[K::kChromaA], k.v[K::kChromaB]));
     // The weights cannot take chroma below -128, so only the top is limited.
     c = S::Min16(S::Add16(c, S::Set16(128)), S::Set16(255));
     return {y, c};
@@ -221,13 +213,14 @@ struct ByteClamp {
 
 template <YuvLayout kOrder, class S>
 inline ByteClamp<S> MakeByteClamp(const Encoder<S>& k) {
-    return {Interleave<kOrder, S>(k.luma_min, S::Zero()), Interleave<kOrder, S>(k.luma_max, S::Set16(255))};
+    using K = Encoder<S>;
+    return {Interleave<kOrder, S>(k.v[K::kLumaMin], S::Zero()), Interleave<kOrder, S>(k.v[K::kLumaMax], S::Set16(255))};
 }
 
-// A layout writes pixel pairs: Block(at, e, pair, half) four pairs of a
-// block (a doubled block writes two such halves, the second 4 pairs on),
-// Pairs<n>(at, e, pair) the n pairs of a unit; `pair` is the index in its
-// line of the first pair written.
+// A layout's Write<n>(at, e, pair, offset) writes n pixel pairs (four of a
+// block, one or two of a unit; a doubled block writes two fours, the second
+// 4 pairs on) `offset` pairs into the block or unit; `pair` is the index in
+// its line of the first pair written.
 
 // A packed 4:2:2 destination: four bytes a pair, one plane.
 template <class S, YuvLayout kOrder>
@@ -239,13 +232,9 @@ struct PackedLayout {
     template <class L>
     typename S::V Pack(const Encoded<L>& e) const { return clamp.Apply(Interleave<kOrder, L>(e.y, e.c)); }
 
-    template <class At>
-    void Block(const At& at, const Encoded<typename At::L>& e, int32_t, int32_t half) const {
-        Put<Plane::kDestination>(at, 4 * kPairBytes * half, Pack(e));
-    }
     template <int kPairs, class At>
-    void Pairs(const At& at, const Encoded<typename At::L>& e, int32_t) const {
-        Put<Plane::kDestination, kPairBytes * kPairs>(at, 0, Pack(e));
+    void Write(const At& at, const Encoded<typename At::L>& e, int32_t, int32_t offset) const {
+        Put<Plane::kDestination, kPairBytes * kPairs>(at, kPairBytes * offset, Pack(e));
     }
 
     ByteClamp<S> clamp;
@@ -284,15 +273,10 @@ struct PlanarLayout {
     template <class L>
     static typename S::V Chroma(const Encoded<L>& e) { return L::PackS16ToU8(e.c, e.c); }
 
-    template <class At>
-    void Block(const At& at, const Encoded<typename At::L>& e, int32_t pair, int32_t half) const {
-        Put<Plane::kDestination, 8>(at, 4 * kPairBytes * half, Luma(pair, e));
-        Put<Plane::kDestinationChroma, 8>(at, 4 * kPairBytes * half, Chroma(e));
-    }
     template <int kPairs, class At>
-    void Pairs(const At& at, const Encoded<typename At::L>& e, int32_t pair) const {
-        Put<Plane::kDestination, kPairBytes * kPairs>(at, 0, Luma(pair, e));
-        Put<Plane::kDestinationChroma, kPairBytes * kPairs>(at, 0, Chroma(e));
+    void Write(const At& at, const Encoded<typename At::L>& e, int32_t pair, int32_t offset) const {
+        Put<Plane::kDestination, kPairBytes * kPairs>(at, kPairBytes * offset, Luma(pair, e));
+        Put<Plane::kDestinationChroma, kPairBytes * kPairs>(at, kPairBytes * offset, Chroma(e));
     }
 
     ByteClamp<S> clamp[2];
@@ -335,19 +319,27 @@ struct Encoding {
         }
     }
 
-    template <class At>
-    ZENK_ARITHMETIC void Block(const At& at) const {
+    // The kPairs source pairs of a block (4) or a unit (1), encoded and
+    // written, each twice where doubling.
+    template <int kPairs, class At>
+    ZENK_ARITHMETIC void Write(const At& at, const Quads<typename At::L>& q) const {
         using L = typename At::L;
-        const Encoded<L> e = Encode<L>(k, Source::Block(at));
+        const Encoded<L> e = Encode<L>(k, q);
         const int32_t pair = kTwice * at.unit;
         if constexpr (kDouble) {
             Encoded<L> low, high;
             Double<L>(e, low, high);
-            layout.Block(at, low, pair, 0);
-            layout.Block(at, high, pair + 4, 1);
+            layout.template Write<kPairs == 4 ? 4 : 2>(at, low, pair, 0);
+            if constexpr (kPairs == 4) layout.template Write<4>(at, high, pair + 4, 4);
         } else {
-            layout.Block(at, e, pair, 0);
+            layout.template Write<kPairs>(at, e, pair, 0);
         }
+    }
+
+    template <class At>
+    ZENK_ARITHMETIC void Block(const At& at) const {
+        using L = typename At::L;
+        Write<4>(at, Source::Block(at));
         if constexpr (kAlpha) {
             typename L::V px[2];
             LoadBlock<kSource, 2>(at, px);
@@ -358,16 +350,7 @@ struct Encoding {
 
     template <class At>
     void Single(const At& at) const {
-        using L = typename At::L;
-        const Encoded<L> e = Encode<L>(k, Source::Pair(at));
-        const int32_t pair = kTwice * at.unit;
-        if constexpr (kDouble) {
-            Encoded<L> low, high;
-            Double<L>(e, low, high);
-            layout.template Pairs<2>(at, low, pair);
-        } else {
-            layout.template Pairs<1>(at, e, pair);
-        }
+        Write<1>(at, Source::Pair(at));
         if constexpr (kAlpha) {
             const uint8_t* const src = Ptr<kSource>(at);
             uint8_t* const alpha = Ptr<kDestinationAlpha>(at);

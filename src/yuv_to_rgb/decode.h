@@ -58,20 +58,13 @@ enum class AlphaForm {
 template <class S, AlphaForm kForm>
 struct DecodeConstants {
     using V = typename S::V;
-    V luma_offset, luma_gain, blue, red, green, clamp_low, clamp_high;
+    enum Vector { kLumaOffset, kLumaGain, kBlue, kRed, kGreen, kUnused0, kUnused1, kClampLow, kClampHigh };
+    const CallVectors<S, 9> v;
     V alpha;
 
-    explicit DecodeConstants(const Request& r) {
-        const auto v = FillCoefficients<YuvToRgbCoefficients, 9>(
-            SetupYuvToRgbCoefficients, static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8u,
-            uint8_t{1}, r.clamp_luma, r.full_range);
-        luma_offset = S::Broadcast(v[0]);
-        luma_gain = S::Broadcast(v[1]);
-        blue = S::Broadcast(v[2]);
-        red = S::Broadcast(v[3]);
-        green = S::Broadcast(v[4]);
-        clamp_low = S::Broadcast(v[7]);
-        clamp_high = S::Broadcast(v[8]);
+    explicit DecodeConstants(const Request& r)
+        : v(SetupYuvToRgbCoefficients, static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8u,
+            uint8_t{1}, r.clamp_luma, r.full_range) {
         if constexpr (kForm == AlphaForm::kWord)
             alpha = S::Set16(static_cast<int16_t>(r.alpha_value));
         else if constexpr (kForm == AlphaForm::kDword)
@@ -94,17 +87,17 @@ template <class S, class K>
 ZENK_ARITHMETIC BgrWords<S> Decode8(const K& k, const YuvWords<S>& w) {
     using V = typename S::V;
     const V chroma = S::template Shl16<1>(S::Sub16(w.chroma, S::Set16(128)));
-    const V yd = S::Sub16(S::Min16(S::Max16(w.luma, k.clamp_low), k.clamp_high), k.luma_offset);
+    const V yd = S::Sub16(S::Min16(S::Max16(w.luma, k.v[K::kClampLow]), k.v[K::kClampHigh]), k.v[K::kLumaOffset]);
     const V half = S::Set32(8192);
     // Luma terms of pixels 0, 2, 4, 6 and of pixels 1, 3, 5, 7: dword k of
     // each lies beside chroma pair k.
-    const V even = S::Add32(S::MulAdd16(S::And(yd, S::Set32(0xFF)), k.luma_gain), half);
-    const V odd = S::Add32(S::MulAdd16(S::template Sar32<16>(yd), k.luma_gain), half);
+    const V even = S::Add32(S::MulAdd16(S::And(yd, S::Set32(0xFF)), k.v[K::kLumaGain]), half);
+    const V odd = S::Add32(S::MulAdd16(S::template Sar32<16>(yd), k.v[K::kLumaGain]), half);
     auto component = [&](V coef) {
         const V t = S::MulAdd16(chroma, coef);  // one term per chroma pair
         return S::PackS32To16(S::template Sar32<14>(S::Add32(t, even)), S::template Sar32<14>(S::Add32(t, odd)));
     };
-    return {component(k.blue), component(k.green), component(k.red)};
+    return {component(k.v[K::kBlue]), component(k.v[K::kGreen]), component(k.v[K::kRed])};
 }
 
 // Eight BGRA pixels in two vectors (pixels 0..3, 4..7). The alpha words come

@@ -12,13 +12,12 @@
 namespace zenk::ZENK_ISA::yuv_to_yuv {
 
 // A packed 4:2:2 source and a destination whose head counts units of
-// kHeadUnitBytes bytes up to the 16-byte boundary. Every block asks for its
-// lines ahead: copies and byte reorders become as fast as memcpy; the
-// arithmetic kernels do not notice. Units are 4-byte source pairs.
+// kHeadUnitBytes bytes up to the 16-byte boundary. Units are 4-byte source
+// pairs.
 template <uint32_t kHeadUnitBytes, int32_t kBlockUnits, bool kStreamEnds = false, bool kCopies = false>
 struct PackedSource {
     static constexpr LineRule kRule{.unit_pixels = 2, .block_units = kBlockUnits, .singles_below = 16,
-                                    .stream_ends = kStreamEnds, .prefetch_every = 1, .copies = kCopies};
+                                    .stream_ends = kStreamEnds, .copies = kCopies};
     static int32_t HeadUnits(const uint8_t* dst) { return UnitsToBoundary(dst, kHeadUnitBytes); }
 };
 

@@ -55,19 +55,12 @@ enum class LumaRule { kOwnPair, kCrossed };
 // coefficient block.
 template <class S>
 struct MatrixConstants {
-    using V = typename S::V;
-    explicit MatrixConstants(const Request& r) {
-        const auto v = FillCoefficients<YuvMatrixChangeCoefficients, 5>(
-            SetupYuvMatrixChangeCoefficients, static_cast<uint32_t>(r.src_matrix), static_cast<uint32_t>(r.src_range),
+    enum Vector { kLumaCorrection, kCb, kCr, kClampLow, kClampHigh };
+    explicit MatrixConstants(const Request& r)
+        : v(SetupYuvMatrixChangeCoefficients, static_cast<uint32_t>(r.src_matrix), static_cast<uint32_t>(r.src_range),
             static_cast<uint32_t>(r.dst_matrix), static_cast<uint32_t>(r.dst_range), 8u, uint8_t{1}, r.clamp_luma,
-            r.full_range);
-        luma_correction = S::Broadcast(v[0]);
-        cb = S::Broadcast(v[1]);
-        cr = S::Broadcast(v[2]);
-        clamp_low = S::Broadcast(v[3]);
-        clamp_high = S::Broadcast(v[4]);
-    }
-    V luma_correction, cb, cr, clamp_low, clamp_high;
+            r.full_range) {}
+    const CallVectors<S, 5> v;
 };
 
 // The arithmetic on the vector layer S; M is the call's MatrixConstants.
@@ -76,7 +69,7 @@ struct MatrixArithmetic {
     using V = typename S::V;
 
     template <class M>
-    static V Clamp(V v, const M& m) { return S::Min16(S::Max16(v, m.clamp_low), m.clamp_high); }
+    static V Clamp(V v, const M& m) { return S::Min16(S::Max16(v, m.v[M::kClampLow]), m.v[M::kClampHigh]); }
 
     // Four 32-bit sums with 14 fractional bits to 8 fractional bits.
     static V Shift6(V sums) { return S::template Sar32<6>(sums); }
@@ -85,7 +78,7 @@ struct MatrixArithmetic {
     // for both pixels of each pair.
     template <class M>
     static V PerPixelCorrection(V cbcr, const M& m) {
-        const V pairs = Shift6(S::MulAdd16(cbcr, m.luma_correction));
+        const V pairs = Shift6(S::MulAdd16(cbcr, m.v[M::kLumaCorrection]));
         const V words = S::PackS32To16(pairs, pairs);  // d0 d1 d2 d3 d0 d1 d2 d3
         return S::Lo16(words, words);                  // d0 d0 d1 d1 d2 d2 d3 d3
     }
@@ -93,8 +86,8 @@ struct MatrixArithmetic {
     // New Cb and Cr of four pairs, saturated to 16 bits, interleaved again.
     template <class M>
     static V NewChroma(V cbcr, const M& m) {
-        const V cb = Shift6(S::MulAdd16(cbcr, m.cb));
-        const V cr = Shift6(S::MulAdd16(cbcr, m.cr));
+        const V cb = Shift6(S::MulAdd16(cbcr, m.v[M::kCb]));
+        const V cr = Shift6(S::MulAdd16(cbcr, m.v[M::kCr]));
         return S::PackS32To16(S::Lo32(cb, cr), S::Hi32(cb, cr));
     }
 
