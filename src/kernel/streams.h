@@ -93,6 +93,13 @@ struct Streams {
         ForEach([&]<int i>() ZENK_INLINE_LAMBDA { at[i] = Advance(at[i], Skip(kPlanes[i], r)); });
     }
 
+    // Whether every stream's next line starts where its line stops.
+    bool EndToEnd(const Request& r) const {
+        bool all = true;
+        ForEach([&]<int i>() ZENK_INLINE_LAMBDA { all = all && Skip(kPlanes[i], r) == 0; });
+        return all;
+    }
+
     uint8_t* at[kCount];
 
 private:

@@ -95,6 +95,9 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
     }
 
     const PlaneSpec* const planes[4] = {&e.src, &e.src_alpha, &e.dst, &e.dst_alpha};  // sources first
+    // As a host fills a request most often: every pitch the line's bytes,
+    // rounded up to the alignment, so that lines lie end to end where they can.
+    const bool natural = rng.Chance(25);
     size_t index[4] = {};
     for (int i = 0; i < 4; ++i) {
         const PlaneSpec& p = *planes[i];
@@ -120,14 +123,14 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
         const int32_t line_bytes = shape.line_bytes - p.read_past_line;
         if (aligned) {
             shape.alignment = 16;
-            shape.pitch = (line_bytes + 191) / 192 * 192 + 192 * rng.Uniform(0, 1);
+            shape.pitch = natural ? (line_bytes + 15) / 16 * 16 : (line_bytes + 191) / 192 * 192 + 192 * rng.Uniform(0, 1);
             shape.residue = 0;
             if (style.drift_pitch && !source && loose && rng.Chance(25))
                 shape.pitch += p.line_alignment * rng.Uniform(1, 3);
         } else {
             const int32_t step = loose && p.anywhere && style.residue < 0 && rng.Chance(10) ? 1 : p.line_alignment;
             shape.alignment = static_cast<uint32_t>(step);
-            shape.pitch = line_bytes + step * rng.Uniform(0, 12);
+            shape.pitch = line_bytes + (natural ? 0 : step * rng.Uniform(0, 12));
             shape.pitch = (shape.pitch + step - 1) / step * step;
             if (shape.pitch == 0) shape.pitch = step;
             uint32_t residue = static_cast<uint32_t>(rng.Uniform(0, 63));
@@ -140,13 +143,17 @@ Request BuildGenericRequest(Rng& rng, Scene& scene, const ExportUnderTest& e, co
     }
     // Planes are addressed once all are added: adding may move them.
     const bool edges = rng.Chance(50);
+    // Now and then every line starts where the one before stopped (skip 0,
+    // whatever the pitch): lines end to end, the case where a copy or a fill
+    // may run over the whole picture at once.
+    const bool end_to_end = rng.Chance(15);
     auto bind = [&](int i, auto& plane, int32_t& stride, int32_t& skip) {
         if (planes[i]->bytes_per_pixel == 0) return;
         GuardedPlane& g = scene[index[i]];
         if (edges && i < 2) FillWithEdgeValues(rng, g);
         plane = g.first_line();
         stride = g.shape.pitch;
-        skip = g.Skip(consumed * planes[i]->bytes_per_pixel);
+        skip = end_to_end && !g.shape.bottom_up ? 0 : g.Skip(consumed * planes[i]->bytes_per_pixel);
     };
     bind(0, r.src_plane, r.src_stride, r.src_skip);
     bind(1, r.src_alpha_plane, r.src_alpha_stride, r.src_alpha_skip);
