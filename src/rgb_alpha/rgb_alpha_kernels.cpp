@@ -6,8 +6,8 @@
 
 namespace zenk::ZENK_ISA::rgb_alpha {
 
-// The widest vector layer of this level.
-using Vec = Widest;
+// The byte movers' vector layer of this level.
+using Vec = ByteMover;
 
 // This level's kernels of every export of the family.
 const Kernels kKernels = {
