@@ -2,15 +2,16 @@
 // translation unit is built for (isa_levels.h).
 //
 // Widest: Vec128 at the baseline, Avx2 in the units built with AVX2 flags,
-// Avx512 in those built with AVX-512 flags. The families with arithmetic
-// (the decoders, the encoders, the change of matrix) take it.
+// Avx512 in those built with AVX-512 flags. Kernels whose blocks are mostly
+// arithmetic take it.
 //
-// ByteMover: the layer of the kernels that only move bytes (the RGB repacks
-// and alpha planes, the packed YUV copies and reorders). At the AVX-512
-// level it is the 256-bit layer, built with the level's flags: a block of
-// these loops is a load, a shuffle and a store a register, and with 512-bit
-// registers they ran up to a fifth slower (BGR32I_BGR24I at 3840x2160 2.89
-// against 2.23 ms) on the AMD EPYC, in cache and from memory alike.
+// Repacking: the layer of the kernels whose blocks are mostly byte shuffles
+// between loads and stores (the RGB repacks and alpha planes, the packed YUV
+// copies and reorders, the decoders' BGR24 packing). At the AVX-512 level it
+// is the 256-bit layer, built with the level's flags: with 512-bit registers
+// these kernels ran slower than the AVX2 level's on the AMD EPYC, in the
+// cache and from memory alike (BGR32I_BGR24I at 3840x2160: 2.89 against
+// 2.23 ms; UYVY16I_BGR24I 2.62 against 2.45 ms).
 #pragma once
 
 #include "vector_128.h"
@@ -23,9 +24,9 @@ namespace zenk::ZENK_ISA {
 
 using Widest = ZENK_ISA_LAYER;
 #if defined(__AVX512BW__)
-using ByteMover = Avx2;
+using Repacking = Avx2;
 #else
-using ByteMover = Widest;
+using Repacking = Widest;
 #endif
 
 }  // namespace zenk::ZENK_ISA

@@ -6,8 +6,8 @@
 
 namespace zenk::ZENK_ISA::rgb_alpha {
 
-// The byte movers' vector layer of this level.
-using Vec = ByteMover;
+// Every kernel of the family repacks bytes: the repacking layer.
+using Vec = Repacking;
 
 // This level's kernels of every export of the family.
 const Kernels kKernels = {

@@ -8,10 +8,10 @@ namespace zenk::ZENK_ISA::yuv_to_yuv {
 namespace {
 
 // The widest vector layer of this level, for the change of matrix, the
-// split and the widening; the byte movers' for the copies and reorders (on
+// split and the widening; the repacking layer for the copies and reorders (on
 // the AMD EPYC the split and the widening measured no faster with it).
 using Vec = Widest;
-using Bytes = ByteMover;
+using Bytes = Repacking;
 
 using Copy = Reorder<Bytes, ByteMove::kCopy>;
 using Exchange = Reorder<Bytes, ByteMove::kExchangeMiddleBytes>;
