@@ -1,12 +1,3 @@
-# The 32-bit Windows DLL, cross-built with Debian's mingw-w64 toolchain.
-set(CMAKE_SYSTEM_NAME Windows)
+# The 32-bit Windows DLL.
 set(CMAKE_SYSTEM_PROCESSOR i686)
-# The posix thread model gives the test programs std::thread and std::mutex;
-# everything links its runtime statically, so no threads DLL ships.
-set(CMAKE_C_COMPILER i686-w64-mingw32-gcc-posix)
-set(CMAKE_CXX_COMPILER i686-w64-mingw32-g++-posix)
-set(CMAKE_RC_COMPILER i686-w64-mingw32-windres)
-set(CMAKE_FIND_ROOT_PATH /usr/i686-w64-mingw32)
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+include(${CMAKE_CURRENT_LIST_DIR}/mingw-w64.cmake)
